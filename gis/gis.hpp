@@ -1,0 +1,39 @@
+// The GIS layer library's public operations. A caller opens a layer, gets a
+// small integer gisID, fills the shared buffers of gis_model.hpp and calls the
+// library with gisID. Every failure reports its own message and ends the run
+// through EXITS; no error reaches the caller.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "gis/model/gis_model.hpp"
+
+// ---- Opening and closing ---------------------------------------------------
+// Format from the extension: .mif, .mid or none -> MIF family; .shp -> SHP
+// family (one set for each letter of shapeLetters: P points, L lines, R
+// polygons); .dbf / .csv only with attributesOnly. Mode "O " or "I ".
+// Returns the gisID; 0 only for an input SHP set whose file does not exist.
+int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode,
+                     std::string_view shapeLetters);
+bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& dbf, GisShpState& shp,
+                 std::string_view mode, bool attributesOnly);
+// 1 MIF family, 2 SHP family, -1 a .csv; stops with ERROR 0252 otherwise.
+int32_t gisFormatOfFile(std::string_view name, bool attributesOnly);
+// Finishes and closes the layer; sets gisID to 0.
+void gisCloseLayer(int32_t& gisID);
+void gisCloseAllLayers(bool& anyOpen);
+// Brings .dbf, .shp and .shx headers up to date and closes those units.
+void gisWriteEoF(int32_t gisID);
+
+// ---- Writing ---------------------------------------------------------------
+void gisWriteHeader(int32_t gisID);
+void gisWriteObject(int32_t gisID, GisObject& object);
+void gisWriteRecord(int32_t gisID, GisObject& object);
+void gisWriteRecordLarge(int32_t gisID, GisObject& object);
+
+// DBF record writers and byte helpers.
+void dbfdataline(GisDbfState& dbf);
+void dbfdatalinelarge(GisDbfState& dbf);
+int32_t i1u(int32_t value);
+int32_t i2u(int32_t value);

@@ -1,0 +1,274 @@
+#include "text/freeformat.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+bool isBlankOrTab(char c) { return c == ' ' || c == '\t'; }
+bool isDigitByte(char c) { return c >= '0' && c <= '9'; }
+
+// Bring a number token to the form that from_chars takes: no leading plus,
+// exponent letter 'e'. False when the token is not a number.
+bool normalise(std::string_view t, char* buf, std::size_t cap, std::size_t& n) {
+    n = 0;
+    std::size_t i = 0;
+    if (t.empty() || t.size() + 2 > cap) return false;
+    if (t[i] == '+' || t[i] == '-') {
+        if (t[i] == '-') buf[n++] = '-';
+        ++i;
+    }
+    bool digits = false, point = false;
+    for (; i < t.size(); ++i) {
+        char c = t[i];
+        if (isDigitByte(c)) {
+            digits = true;
+            buf[n++] = c;
+        } else if (c == '.' && !point) {
+            point = true;
+            buf[n++] = c;
+        } else {
+            break;
+        }
+    }
+    if (!digits) return false;
+    if (i == t.size()) return true;
+    // Exponent: a letter with an optional sign, or a bare sign.
+    char c = t[i];
+    if (c == 'e' || c == 'E' || c == 'd' || c == 'D' || c == 'q' || c == 'Q') {
+        ++i;
+    } else if (c != '+' && c != '-') {
+        return false;
+    }
+    buf[n++] = 'e';
+    if (i < t.size() && (t[i] == '+' || t[i] == '-')) {
+        if (t[i] == '-') buf[n++] = '-';
+        ++i;
+    }
+    bool expDigits = false;
+    for (; i < t.size(); ++i) {
+        if (!isDigitByte(t[i])) return false;
+        expDigits = true;
+        buf[n++] = t[i];
+    }
+    return expDigits;
+}
+
+// Remove the quotes of a quoted token; a doubled quote of the same kind
+// stands for one. An unterminated quote runs to the end of the token.
+std::size_t unquote(std::string_view t, char* out) {
+    std::size_t n = 0;
+    const char q = t[0];
+    for (std::size_t i = 1; i < t.size(); ++i) {
+        if (t[i] == q) {
+            if (i + 1 < t.size() && t[i + 1] == q) {
+                out[n++] = q;
+                ++i;
+                continue;
+            }
+            break;
+        }
+        out[n++] = t[i];
+    }
+    return n;
+}
+
+char g_unquoted[kWorkCap + 8];
+
+}  // namespace
+
+bool parseReal8(std::string_view token, double& v) {
+    char buf[1100];
+    std::size_t n;
+    if (!normalise(token, buf, sizeof buf, n)) return false;
+    double r;
+    auto res = std::from_chars(buf, buf + n, r, std::chars_format::general);
+    if (res.ec != std::errc() || res.ptr != buf + n || !std::isfinite(r)) return false;
+    v = r;
+    return true;
+}
+
+bool parseReal4(std::string_view token, float& v) {
+    char buf[1100];
+    std::size_t n;
+    if (!normalise(token, buf, sizeof buf, n)) return false;
+    float r;
+    auto res = std::from_chars(buf, buf + n, r, std::chars_format::general);
+    if (res.ec != std::errc() || res.ptr != buf + n || !std::isfinite(r)) return false;
+    v = r;
+    return true;
+}
+
+bool parseInt8(std::string_view token, int64_t& v) {
+    std::size_t i = 0;
+    bool neg = false;
+    if (!token.empty() && (token[0] == '+' || token[0] == '-')) {
+        neg = token[0] == '-';
+        i = 1;
+    }
+    if (i >= token.size()) return false;
+    // Parse the magnitude as unsigned so that the most negative value fits.
+    uint64_t m = 0;
+    for (; i < token.size(); ++i) {
+        if (!isDigitByte(token[i])) return false;
+        uint64_t d = static_cast<uint64_t>(token[i] - '0');
+        if (m > (UINT64_MAX - d) / 10) return false;
+        m = m * 10 + d;
+    }
+    if (neg) {
+        if (m > static_cast<uint64_t>(INT64_MAX) + 1) return false;
+        v = m == static_cast<uint64_t>(INT64_MAX) + 1 ? INT64_MIN : -static_cast<int64_t>(m);
+    } else {
+        if (m > static_cast<uint64_t>(INT64_MAX)) return false;
+        v = static_cast<int64_t>(m);
+    }
+    return true;
+}
+
+FreeFormat::Item FreeFormat::next(std::string_view& token, bool& quoted) {
+    if (stopped) return Item::slash;
+    if (repeatLeft > 0) {
+        --repeatLeft;
+        token = repeatToken;
+        quoted = repeatQuoted;
+        return repeatNull ? Item::null : Item::value;
+    }
+    while (pos < s.size() && isBlankOrTab(s[pos])) ++pos;
+    if (pos >= s.size()) return Item::end;
+    const char c = s[pos];
+    if (c == '/') {
+        stopped = true;
+        return Item::slash;
+    }
+    if (c == ',') {
+        ++pos;  // this comma closes a null value
+        return Item::null;
+    }
+    std::size_t start = pos;
+    quoted = false;
+    auto scanQuoted = [&](std::size_t from) {
+        const char q = s[from];
+        std::size_t i = from + 1;
+        while (i < s.size()) {
+            if (s[i] == q) {
+                if (i + 1 < s.size() && s[i + 1] == q) {
+                    i += 2;
+                    continue;
+                }
+                ++i;
+                break;
+            }
+            ++i;
+        }
+        return i;
+    };
+    if (c == '\'' || c == '"') {
+        quoted = true;
+        pos = scanQuoted(pos);
+    } else {
+        while (pos < s.size() && !isBlankOrTab(s[pos]) && s[pos] != ',' && s[pos] != '/') ++pos;
+    }
+    token = s.substr(start, pos - start);
+    // A repeat count: digits, a star, then the value (or nothing for nulls).
+    if (!quoted) {
+        std::size_t star = token.find('*');
+        if (star != std::string_view::npos && star > 0) {
+            int64_t r = 0;
+            if (parseInt8(token.substr(0, star), r) && r > 0 && isDigitByte(token[0]) && r < (1 << 30)) {
+                std::string_view rest = token.substr(star + 1);
+                if (rest.empty() && pos < s.size() && (s[pos] == '\'' || s[pos] == '"')) {
+                    // r*'text': the quoted value follows the star directly.
+                    std::size_t qs = pos;
+                    pos = scanQuoted(pos);
+                    rest = s.substr(qs, pos - qs);
+                    repeatQuoted = true;
+                } else {
+                    repeatQuoted = false;
+                }
+                repeatNull = rest.empty();
+                repeatToken = rest;
+                repeatLeft = static_cast<int>(r);
+                // The separator behind the whole item.
+                while (pos < s.size() && isBlankOrTab(s[pos])) ++pos;
+                if (pos < s.size() && s[pos] == ',') ++pos;
+                return next(token, quoted);
+            }
+        }
+    }
+    // The separator behind a value: blanks and at most one comma.
+    while (pos < s.size() && isBlankOrTab(s[pos])) ++pos;
+    if (pos < s.size() && s[pos] == ',') ++pos;
+    return Item::value;
+}
+
+ReadResult FreeFormat::real8(double& v) {
+    std::string_view t;
+    bool q = false;
+    switch (next(t, q)) {
+        case Item::end: return ReadResult::end;
+        case Item::null:
+        case Item::slash: return ReadResult::ok;
+        case Item::value: break;
+    }
+    if (q || !parseReal8(t, v)) return ReadResult::bad;
+    return ReadResult::ok;
+}
+
+ReadResult FreeFormat::real4(float& v) {
+    std::string_view t;
+    bool q = false;
+    switch (next(t, q)) {
+        case Item::end: return ReadResult::end;
+        case Item::null:
+        case Item::slash: return ReadResult::ok;
+        case Item::value: break;
+    }
+    if (q || !parseReal4(t, v)) return ReadResult::bad;
+    return ReadResult::ok;
+}
+
+ReadResult FreeFormat::int8(int64_t& v) {
+    std::string_view t;
+    bool q = false;
+    switch (next(t, q)) {
+        case Item::end: return ReadResult::end;
+        case Item::null:
+        case Item::slash: return ReadResult::ok;
+        case Item::value: break;
+    }
+    if (q || !parseInt8(t, v)) return ReadResult::bad;
+    return ReadResult::ok;
+}
+
+ReadResult FreeFormat::int4(int32_t& v) {
+    int64_t w = v;
+    ReadResult r = int8(w);
+    if (r != ReadResult::ok) return r;
+    if (w < INT32_MIN || w > INT32_MAX) return ReadResult::bad;
+    v = static_cast<int32_t>(w);
+    return ReadResult::ok;
+}
+
+ReadResult FreeFormat::text(TextRef v) {
+    std::string_view t;
+    bool q = false;
+    switch (next(t, q)) {
+        case Item::end: return ReadResult::end;
+        case Item::null:
+        case Item::slash: return ReadResult::ok;
+        case Item::value: break;
+    }
+    if (q) {
+        if (t.size() > static_cast<std::size_t>(kWorkCap)) t = t.substr(0, kWorkCap);
+        std::size_t n = unquote(t, g_unquoted);
+        v.assign({g_unquoted, n});
+    } else {
+        v.assign(t);
+    }
+    return ReadResult::ok;
+}
+
+ReadResult readReal8(std::string_view line, double& v) { return FreeFormat(line).real8(v); }
+ReadResult readReal4(std::string_view line, float& v) { return FreeFormat(line).real4(v); }
+ReadResult readInt4(std::string_view line, int32_t& v) { return FreeFormat(line).int4(v); }
