@@ -1,0 +1,5 @@
+#include "driver/messages.hpp"
+
+namespace detail {
+char lineTextBuffer[kLineTextCap];
+}

@@ -1,0 +1,127 @@
+#include "driver/sdf_scan.hpp"
+
+#include "driver/messages.hpp"
+#include "gis/gis.hpp"
+#include "runtime/console.hpp"
+#include "runtime/exits.hpp"
+#include "runtime/units.hpp"
+#include "text/freeformat.hpp"
+#include "text/strings.hpp"
+
+int32_t sdfUnit = 0;
+Text<1000> textLine;
+int32_t lineNumber = 0;
+SectionRecord sectionRecord;
+
+void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where) {
+    ++lineNo;
+    IoStatus st = unitReadLine(unit, line);
+    if (st == IoStatus::ok) return;
+    // The file ended (or could not be read) where the block still needs lines:
+    // nothing sound can be made of the rest, so stop in order.
+    line.clear();
+    conBlank();
+    if (st == IoStatus::end)
+        conLine(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo - 1, ")."));
+    else
+        conLine(lineText("ERROR - Could not read line ", lineNo, " of the SDF file inside ", where, "."));
+    EXITS();
+}
+
+void readSdfLine(std::string_view where) { readLineOrStop(sdfUnit, lineNumber, textLine, where); }
+
+void takeValue(TextRef out) {
+    std::string_view t = textLine.trimmed();
+    std::size_t colon = t.find(':');
+    if (colon == std::string_view::npos) {
+        out.clear();
+        return;
+    }
+    out.assign(t.substr(colon + 1));
+}
+
+namespace {
+
+void logLine(std::string_view what, int32_t n) {
+    conBlank();
+    conLine(lineText(what, n));
+}
+
+[[noreturn]] void badVertexLine(ReadResult r) {
+    conBlank();
+    if (r == ReadResult::end) {
+        conLine("ERROR reading data");
+        conBlank();
+    } else {
+        conLine("ERROR - Reading following line in file:");
+        conBlank();
+        conLine(textLine.trimmed());
+        conBlank();
+    }
+    EXITS();
+}
+
+// x, y of one centreline vertex straight into the coordinate buffer.
+void readCentreline() {
+    int32_t count = 0;
+    for (;;) {
+        readSdfLine("a CENTERLINE vertex list");
+        if (FLAGEXISTS(textLine, "END:")) break;
+        ++count;
+        if (count > kGisMaxPoints) {
+            conBlank();
+            conLine(lineText("ERROR - More than ", kGisMaxPoints,
+                             " vertices in one CENTERLINE, more than a layer object holds. Line number: ",
+                             lineNumber));
+            EXITS();
+        }
+        readVertex(gisX[count], gisY[count]);
+    }
+    gisN = count;
+}
+
+}  // namespace
+
+void readVertex(double& x, double& y) {
+    FreeFormat f(textLine.view());
+    ReadResult r = f.real8(x);
+    if (r == ReadResult::ok) r = f.real8(y);
+    if (r != ReadResult::ok) badVertexLine(r);
+}
+
+void runStreamPhase(int32_t streamsLayer) {
+    SectionRecord& rec = sectionRecord;
+    bool finished = false;
+    // The first line is read but never interpreted.
+    if (unitAtEnd(sdfUnit)) return;
+    readSdfLine("the first line");
+    while (!finished && !unitAtEnd(sdfUnit)) {
+        readSdfLine("the stream network");
+        if (FLAGEXISTS(textLine, "BEGINSTREAMNETWORK")) logLine("Found BEGINSTREAMNETWORK on line ", lineNumber);
+        if (FLAGEXISTS(textLine, "REACH:")) {
+            logLine("Found start of reach block on line ", lineNumber);
+            readSdfLine("a reach block");
+            if (FLAGEXISTS(textLine, "STREAM ID:"))
+                takeValue(rec.streamId);
+            else
+                logLine("Error Expecting Stream ID: on ", lineNumber);
+            readSdfLine("a reach block");
+            if (FLAGEXISTS(textLine, "REACH ID:"))
+                takeValue(rec.reachId);
+            else
+                logLine("Error Expecting REACH ID: on ", lineNumber);
+        }
+        if (FLAGEXISTS(textLine, "CENTERLINE")) {
+            logLine("Found CENTERLINE on line ", lineNumber);
+            readCentreline();
+            // An attribute text longer than the record line is cut there.
+            gisRecordLine = lineText("\"", rec.streamId.trimmed(), "\",\"", rec.reachId.trimmed(), "\"");
+            gisWriteObject(streamsLayer, gisO_);
+            gisWriteRecord(streamsLayer, gisO_);
+        }
+        if (FLAGEXISTS(textLine, "END STREAM NETWORK") || FLAGEXISTS(textLine, "ENDSTREAMNETWORK")) {
+            logLine("Found ENDSTREAMNETWORK on line ", lineNumber);
+            finished = true;
+        }
+    }
+}

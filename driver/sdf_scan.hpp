@@ -1,0 +1,87 @@
+// Scanning of an SDF file: the state shared by the stream phase and the
+// section phase, the section record, and the phases themselves.
+//
+// The scanner reads one line at a time into one buffer, `textLine`, and looks
+// for keywords anywhere in it; lines with no known keyword are skipped. There
+// is no look-ahead: a block reader leaves the line that ended its block in
+// `textLine` for the next keyword test.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "text/text.hpp"
+
+constexpr int kSdfMaxRows = 100000;   // rows of a cut line, n table or surface line
+constexpr int kSdfMaxLevees = 100;    // rows of a levee block
+
+extern int32_t sdfUnit;      // the open SDF file, read forward once
+extern Text<1000> textLine;  // the current line
+extern int32_t lineNumber;   // 1-based number of the line in textLine
+
+// The data of the current cross-section; one instance, reused.
+struct SectionRecord {
+    Text<1000> streamId;  // shared with the stream phase
+    Text<1000> reachId;
+    Text<1000> stationText;
+
+    bool hasCutLine = false;
+    int32_t cutCount = 0;
+    double cutX[kSdfMaxRows + 1];
+    double cutY[kSdfMaxRows + 1];
+
+    bool hasNValues = false;
+    int32_t nValueCount = 0;
+    float nValueStation[kSdfMaxRows + 1];
+    float nValue[kSdfMaxRows + 1];
+
+    bool hasLevees = false;
+    int32_t leveeCount = 0;
+    Text<50> leveeName[kSdfMaxLevees + 1];
+    float leveeStation[kSdfMaxLevees + 1];
+    float leveeElevation[kSdfMaxLevees + 1];
+
+    bool hasSurfaceLine = false;
+    int32_t surfCount = 0;
+    double surfX[kSdfMaxRows + 1];
+    double surfY[kSdfMaxRows + 1];
+    float surfZ[kSdfMaxRows + 1];
+};
+extern SectionRecord sectionRecord;
+
+// Reads the next line into textLine and counts it. The end of the file (or a
+// failed read) inside a block is an orderly stop that names `where`.
+void readSdfLine(std::string_view where);
+
+// The value behind the first colon of textLine, trailing blanks cut; leading
+// blanks stay part of it.
+void takeValue(TextRef out);
+
+// Reads x and y of a vertex line; a bad line ends the run.
+void readVertex(double& x, double& y);
+
+// The stream phase: from the first line to the end of the stream network,
+// writing one polyline per CENTERLINE to the streams layer.
+void runStreamPhase(int32_t streamsLayer);
+
+// Block readers of the section phase. Each reads until its block ends and
+// leaves the ending line in textLine.
+void GetSdfCutline(int32_t unit, double* cutX, double* cutY, int32_t& cutCount, int32_t& lineNo, TextRef line);
+void GetSdfnVals(int32_t unit, float* nValue, float* nValueStation, int32_t& nValueCount, int32_t& lineNo,
+                 TextRef line);
+void GetSdfLevees(int32_t unit, int32_t& leveeCount, Text<50>* leveeName, float* leveeStation, float* leveeElevation,
+                  int32_t& lineNo, TextRef line);
+void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* surfY, float* surfZ, int32_t& lineNo,
+                       TextRef line);
+
+// The five section layers, as CreateSectionLayers gives them.
+struct SectionLayers {
+    int32_t surfPts = 0;
+    int32_t surfLine = 0;
+    int32_t cutLine = 0;
+    int32_t leveePts = 0;
+    int32_t endPts = 0;
+};
+
+// The section phase: carries on from the line where the stream phase stopped.
+void runSectionPhase(bool trimToLevees, const SectionLayers& layers);
