@@ -351,6 +351,14 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
             break;
     }
     if (fd < 0) return false;
+    if (fd <= 2) {
+        // Standard input, output or error was closed: keep their numbers free,
+        // so that a file never stands in for the console.
+        int high = ::fcntl(fd, F_DUPFD_CLOEXEC, 3);
+        ::close(fd);
+        if (high < 0) return false;
+        fd = high;
+    }
     struct stat st;
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
         ::close(fd);
@@ -787,7 +795,7 @@ void OPENERFREE(int32_t& unit, std::string_view mode, std::string_view name, int
         if (fileUnitSettings.messageBoxMode) {
             platformMessageBox(text, fileUnitSettings.applicationName.trimmed(), BoxButtons::ok, BoxIcon::stop);
         } else {
-            report(text, true, false);
+            report(text, true, true);
             consolePause("Press Enter to Close");
         }
         // Stops at once: no closing of files, only what is written reaches the disk.
