@@ -167,8 +167,11 @@ void syncGroup(int idx) {
     }
 }
 
+// Also after the other units of the file have gone: what they wrote on the
+// way out may still stand behind this unit's read-ahead.
 inline void sync(int idx) {
-    if (groups[files[idx].group].refs > 1) syncGroup(idx);
+    const Group& g = groups[files[idx].group];
+    if (g.refs > 1 || files[idx].seen != g.version) syncGroup(idx);
 }
 
 void startOutput(int idx) {
@@ -187,6 +190,7 @@ IoStatus writeRaw(int idx, const void* data, std::size_t n) {
     sync(idx);
     if (f.failed) return IoStatus::error;
     if (!f.dirty) startOutput(idx);
+    if (n == 0) return IoStatus::ok;
     if (n <= kBufCap - f.bufLen) {
         std::memcpy(buffers[idx] + f.bufLen, data, n);
         f.bufLen += n;
@@ -268,7 +272,8 @@ void seekTo(int idx, int64_t offset) {
 }
 
 // ---------------------------------------------------------------------------
-// Modes.
+// Modes. Every unit is buffered in the same way, so the block-size setting
+// has nothing left to change.
 
 enum class Access : uint8_t { readOnly, readWriteIfAllowed, replace, append, keep };
 
@@ -396,7 +401,6 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
 IoStatus closeFile(int idx) {
     UnitFile& f = files[idx];
     if (f.fd < 0) return IoStatus::ok;
-    sync(idx);
     IoStatus st = flushOut(idx);
     if (f.failed) st = IoStatus::error;
     if (::close(f.fd) != 0) st = IoStatus::error;
@@ -1085,7 +1089,7 @@ IoStatus unitWriteLine(int32_t unit, std::string_view s) {
     // The usual case: line and line end fit the buffer of a unit writing alone.
     if (f.dirty && !f.failed && groups[f.group].refs == 1 && s.size() + 2 <= kBufCap - f.bufLen) {
         char* d = buffers[idx] + f.bufLen;
-        std::memcpy(d, s.data(), s.size());
+        if (!s.empty()) std::memcpy(d, s.data(), s.size());
         d[s.size()] = '\r';
         d[s.size() + 1] = '\n';
         f.bufLen += s.size() + 2;

@@ -102,6 +102,28 @@ TEST(ConsoleChild, SinglePausesGoOnAtEndOfInput) {
     EXPECT_EQ(r.out.substr(0, 10), "Go on? no\n");
 }
 
+TEST(ConsoleChild, MessageBoxesOnTheConsole) {
+    TempDir dir;
+    std::string missing = dir / "gone.sdf";
+    testutil::ChildRun r = runChild({"box-missing", missing}, nullptr);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("[WARNING] App Run1\nApp FILE and/or path\n" + missing + "\ndoes not exist.\n"),
+              std::string::npos)
+        << r.out;
+    EXPECT_EQ(count(r.out, "ERROR - "), 1);  // input ended: Cancel, said once
+    EXPECT_EQ(r.err, "Run cancelled.\n");
+
+    std::string retry = "x\nr\n";  // an answer that is no button asks again
+    r = runChild({"box-missing", missing}, &retry);
+    EXPECT_EQ(count(r.out, "Retry or Cancel? (R/C): "), 3);
+    EXPECT_EQ(count(r.out, "CHECK 0008"), 2);
+
+    r = runChild({"box-exit"}, nullptr);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "\n[STOP] App\nPremature Exit of App Simulation Run1\n\nPress OK to Close Simulation Window\n"
+                     "Press Enter for OK: ");
+}
+
 // EXITS closes the files before it waits: while the child sits at "Press
 // Enter to Close" with standard input open, its output file is complete.
 TEST(ConsoleChild, ExitsClosesFilesBeforeThePause) {

@@ -42,6 +42,16 @@ int main(int argc, char** argv) {
         OPENERFREE(unit, "O ", arg, 0);
         for (int i = 1; i <= 5000; ++i) unitWriteLine(unit, "line " + std::to_string(i));
         EXITS();
+    } else if (what == "box-missing") {  // message-box mode, an input file that is missing
+        fileUnitSettings.messageBoxMode = true;
+        fileUnitSettings.applicationName = "App";
+        fileUnitSettings.runName = "Run1";
+        OPENERFREE(unit, "I ", arg, 0);
+        say("not reached");
+    } else if (what == "box-exit") {
+        fileUnitSettings.messageBoxMode = true;
+        fileUnitSettings.applicationName = "App";
+        fileUnitSettings.runName = "Run1";
     } else if (what == "blank-name") {
         OPENERFREE(unit, "O ", "   ", 0);
         say("not reached");

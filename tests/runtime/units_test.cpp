@@ -190,10 +190,18 @@ TEST_F(Units, TwoUnitsOnOneFileSeeEachOther) {
     unitSeek(rd, 12);
     EXPECT_EQ(unitReadI32(rd, a), IoStatus::ok);
     EXPECT_EQ(a, -1);
+    // What a unit writes on its way out is seen by a reader left alone.
+    unitSeek(rd, 0);
+    EXPECT_EQ(unitReadI32(rd, a), IoStatus::ok);
+    unitSeek(le, 8);
+    unitWriteI32(le, 9);
     close(le);
     close(be);
+    unitSeek(rd, 8);
+    EXPECT_EQ(unitReadI32(rd, a), IoStatus::ok);
+    EXPECT_EQ(a, 9);
     close(rd);
-    EXPECT_EQ(readFile(f), std::string("\x07\0\0\0\0\0\0\x07\0\0\0\0\xff\xff\xff\xff", 16));
+    EXPECT_EQ(readFile(f), std::string("\x07\0\0\0\0\0\0\x07\x09\0\0\0\xff\xff\xff\xff", 16));
     EXPECT_EQ(unitOpenOn(f), 0);
 }
 
