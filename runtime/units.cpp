@@ -516,11 +516,9 @@ void mirrorFolder(TextRef folder, std::string_view path) {
     folder.append(f.trimmed());
 }
 
-void makeMirrorFolder(std::string_view folder, bool forCopy) {
+void makeMirrorFolder(std::string_view folder) {
     if (platformMkdir(folder) != -1) return;
-    report(forCopy ? "ERROR 0006 - Could not copy the file below while making a copy of the input files."
-                   : "ERROR 0005 - Could not make the folder below while making a copy of the input files.",
-           true, true);
+    report("ERROR 0005 - Could not make the folder below while making a copy of the input files.", true, true);
     report("             Check permissions and/or sufficient disk space.", false, true);
     LineBuf<1100> t;
     t << '"' << trimmed(folder) << '"';
@@ -561,7 +559,7 @@ void copyInput(std::string_view openedName) {
     name.clear();
     name << openedName;
     mirrorFolder(folder, name.view());
-    makeMirrorFolder(folder.trimmed(), false);
+    makeMirrorFolder(folder.trimmed());
     if (fileUnitSettings.copyNamedFileOnly) {
         copyCommand(name.view(), folder.trimmed(), name.view());
     } else {
@@ -575,7 +573,7 @@ void copyInput(std::string_view openedName) {
             name << stem.trimmed();
             source.ref().append("..\\");
             mirrorFolder(folder, source);
-            makeMirrorFolder(folder.trimmed(), false);
+            makeMirrorFolder(folder.trimmed());
         }
         FILENAME(stem, name.view());
         from.clear();
@@ -589,7 +587,7 @@ void copyInput(std::string_view openedName) {
 void redirectOutput(TextRef name) {
     static NameText folder;
     mirrorFolder(folder, name.trimmed());
-    makeMirrorFolder(folder.trimmed(), false);
+    makeMirrorFolder(folder.trimmed());
     ADDFOLDER(name, folder.trimmed(), leafOf(name.trimmed()));
     fileUnitSettings.lastCopyName.ref().assign(name.trimmed());
 }

@@ -162,12 +162,4 @@ TEST_F(Messages, MapMarks) {
     EXPECT_EQ(readFile(dir / "chk.mid"), "\"CHECK 0004 - look  a  b  \"\r\n");
 }
 
-TEST_F(Messages, DividerLine) {
-    int32_t u = open(dir / "line.txt");
-    std::string bar(80, '_');
-    EXPECT_EQ(captureConsole([&] { DLINE(u); }), bar + "\n");
-    close(u);
-    EXPECT_EQ(readFile(dir / "line.txt"), bar + "\r\n");
-}
-
 }  // namespace
