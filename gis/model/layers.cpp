@@ -27,7 +27,7 @@ LayerMode modeOf(std::string_view mode) {
 // Records an input layer by the folder and stem of its full path.
 void trackInputLayer(int32_t gisID, std::string_view name) {
     Text<1000> full;
-    if (!platformFullPath(trimmed(name), full)) full = trimmed(name);
+    if (!platformFullPath(trimmed(name), full)) TRIMF(full, name);
     Text<1000> stem;
     FILENAMEPATH(stem, full);
     for (int32_t i = 1; i <= gisInputLayerCount && i <= kGisMaxInputLayers; ++i) {
@@ -55,16 +55,17 @@ void openMifLayer(int32_t gisID, std::string_view name, bool attributesOnly, std
     GisMifState& m = gisMif[gisID];
     m.mifUnit = 0;
     m.midUnit = 0;
-    Text<1000> work;
-    TRIMF(work, name);
+    Text<1000> given;
+    TRIMF(given, name);
     Text<16> ext;
-    FILEEXT(ext, work);
+    FILEEXT(ext, given);
+    Text<1000> work;
+    if (!attributesOnly && (ext.trimmed() == ".mif" || ext.trimmed() == ".mid")) {
+        FILENAMEPATH(work, given);
+    } else {
+        TRIMF(work, given);
+    }
     if (!attributesOnly) {
-        if (ext.trimmed() == ".mif" || ext.trimmed() == ".mid") {
-            Text<1000> stem;
-            FILENAMEPATH(stem, work);
-            work = stem;
-        }
         Text<1000> mifName(work);
         mifName.ref().append(".mif");
         OPENERFREE(m.mifUnit, mode, mifName, 0);
