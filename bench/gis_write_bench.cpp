@@ -80,9 +80,9 @@ void BM_ShpPolylines(benchmark::State& s) { writeLayer(s, ".shp", 10000, 1000); 
 
 }  // namespace
 
-BENCHMARK(BM_MifPoints)->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(BM_ShpPoints)->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(BM_MifPolylines)->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(BM_ShpPolylines)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_MifPoints)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_ShpPoints)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_MifPolylines)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_ShpPolylines)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 
 BENCHMARK_MAIN();
