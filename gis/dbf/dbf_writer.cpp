@@ -1,0 +1,255 @@
+// DBF writer (dBASE III layout, little-endian): a 32-byte header, one
+// 32-byte descriptor a field, the byte 13, fixed-width records each led by a
+// blank, and the end mark 26.
+#include "gis/dbf/dbf_writer.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "gis/gis.hpp"
+#include "gis/model/gis_internal.hpp"
+#include "runtime/exits.hpp"
+#include "runtime/platform.hpp"
+#include "runtime/units.hpp"
+#include "text/freeformat.hpp"
+#include "text/numbers.hpp"
+#include "text/strings.hpp"
+
+namespace {
+
+constexpr int kSlotCap = 256;
+
+// The values of the fields, kept from one record to the next so that a null
+// value repeats the value before it. A slot that nothing has filled holds
+// zero bytes, which count as text.
+struct SlotTable {
+    Text<kSlotCap> slot[kDbfMaxFields + 1];
+    SlotTable() {
+        for (auto& s : slot) {
+            std::memset(s.b, 0, kSlotCap);
+            s.hi = kSlotCap;
+        }
+    }
+};
+SlotTable gSlots;       // for dbfdataline
+SlotTable gSlotsLarge;  // for dbfdatalinelarge
+
+// One record: the deletion byte is written on its own, the fields here.
+char gRecord[65536];
+
+void putLE16(unsigned char* p, int32_t v) {
+    p[0] = static_cast<unsigned char>(v & 0xFF);
+    p[1] = static_cast<unsigned char>((v >> 8) & 0xFF);
+}
+
+void putLE32(unsigned char* p, int32_t v) {
+    const auto u = static_cast<uint32_t>(v);
+    for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>((u >> (8 * i)) & 0xFF);
+}
+
+// The value of a quoted token without its quotes, a doubled quote standing
+// for one, cut at the slot. False when the closing quote is missing.
+bool unquoteInto(std::string_view t, TextRef out) {
+    char buf[kSlotCap];
+    int n = 0;
+    const char q = t[0];
+    for (std::size_t i = 1; i < t.size(); ++i) {
+        char c = t[i];
+        if (c == q) {
+            if (i + 1 < t.size() && t[i + 1] == q) {
+                ++i;
+            } else {
+                out.assign({buf, static_cast<std::size_t>(n)});
+                return true;
+            }
+        }
+        if (n < kSlotCap) buf[n++] = c;
+    }
+    return false;
+}
+
+// Splits a record line into the first `count` slots by the list rules: a
+// value ends at a comma, a blank or the end; quotes may hold both; an empty
+// value, a slash or the end of the line leave slots as they were; r*v repeats.
+bool splitLine(std::string_view line, SlotTable& table, int count) {
+    FreeFormat ff(line);
+    for (int i = 1; i <= count; ++i) {
+        std::string_view token;
+        bool quoted = false;
+        const FreeFormat::Item item = ff.next(token, quoted);
+        if (item == FreeFormat::Item::end || item == FreeFormat::Item::slash) break;
+        if (item == FreeFormat::Item::null) continue;
+        if (quoted) {
+            if (!unquoteInto(token, table.slot[i].ref())) return false;
+        } else {
+            table.slot[i].ref().assign(token);
+        }
+    }
+    return true;
+}
+
+void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, bool large) {
+    const std::string_view writeFailed = large ? "ERROR 0417 - Writing large .dbf record." : "ERROR 0417 - Writing .dbf record.";
+    const char deletion = ' ';
+    if (unitWriteBytes(dbf.dbfUnit, &deletion, 1) != IoStatus::ok) gisStopMessage(writeFailed);
+
+    const int count = std::min(dbf.fieldCount, kDbfMaxFields);
+    if (!splitLine(line, table, count)) {
+        gisSetMessage(large ? "Should not be here [dbfdatalinelarge] - please contact SUPPORTDESK."
+                            : "Should not be here [dbfdataline] - please contact SUPPORTDESK.");
+        gisMessageLine[2] = line.substr(0, std::min<std::size_t>(line.size(), kNameCap));
+        gisMessageOut(1);
+        EXITS();
+    }
+    std::size_t at = 0;
+    for (int f = 1; f <= count; ++f) {
+        const int w = std::clamp(dbf.widths[f], 0, kSlotCap - 1);
+        const int n = trimmedLength(table.slot[f].full().substr(0, static_cast<std::size_t>(w)));
+        char* p = gRecord + at;
+        if (dbf.types[f] == 'C' || dbf.types[f] == 'c') {
+            std::memcpy(p, table.slot[f].b, static_cast<std::size_t>(n));
+            std::memset(p + n, ' ', static_cast<std::size_t>(w - n));
+        } else {
+            // Numbers are right-justified text.
+            std::memset(p, ' ', static_cast<std::size_t>(w - n));
+            std::memcpy(p + (w - n), table.slot[f].b, static_cast<std::size_t>(n));
+        }
+        at += static_cast<std::size_t>(w);
+    }
+    if (at > 0 && unitWriteBytes(dbf.dbfUnit, gRecord, at) != IoStatus::ok) gisStopMessage(writeFailed);
+}
+
+struct FieldMapping {
+    char letter;
+    int32_t width;
+    int32_t decimals;
+};
+
+// The letter, width and decimals of an attribute type word; false when the
+// word is not one of the table.
+bool mapType(std::string_view typeWord, int32_t width, FieldMapping& m) {
+    Text<24> t;
+    TRIMF(t, typeWord);
+    UPPERCASE(t, t);
+    const std::string_view u = t.view();
+    if (u.starts_with("CHAR")) m = {'C', width, 0};
+    else if (u.starts_with("LOGICAL")) m = {'C', 1, 0};
+    else if (u.starts_with("FLOAT")) m = {'N', 16, 5};
+    else if (u.starts_with("INTEGER")) m = {'N', 8, 0};
+    else if (u.starts_with("DECIMAL")) m = {'N', width, 0};
+    else return false;
+    return true;
+}
+
+constexpr std::string_view kHeaderFailed = "ERROR 0413 - Writing .dbf file header.";
+
+}  // namespace
+
+int32_t i1u(int32_t value) {
+    if (value > 255) gisStopNotHere("i1u: i4 outside range");
+    return value > 127 ? value - 256 : value;
+}
+
+int32_t i2u(int32_t value) {
+    if (value > 65535) gisStopNotHere("i2u: i4 outside range");
+    return value > 32767 ? value - 65536 : value;
+}
+
+void dbfWriteHeader(const GisAttributes& a, GisDbfState& dbf) {
+    if (dbf.dbfUnit < 1) return;
+    bool ok = unitRewind(dbf.dbfUnit) == IoStatus::ok;
+    dbf.recordCount = a.nrecords;
+    dbf.fieldCount = a.n;
+    if (dbf.fieldCount > kDbfMaxFields)
+        gisStopMessage("ERROR 0411 - Exceeded maximum number of dbf Fields trying to write dbf file.");
+    if (dbf.fieldCount < 1) gisStopMessage("ERROR 0319 - No attributes specified when writing .dbf file.");
+
+    int64_t total = 0;
+    for (int i = 1; i <= dbf.fieldCount; ++i) {
+        Text<32> lead, clean;
+        TRIMF(lead, a.name[i]);
+        CLEANATTRIBUTENAME(clean, lead);
+        dbf.names[i] = trimmed(clean.view().substr(0, std::min<std::size_t>(clean.view().size(), 10)));
+        FieldMapping m{};
+        if (!mapType(a.type[i], a.width[i], m)) gisStopNotHere("Unrecognised DBF field");
+        dbf.types[i] = m.letter;
+        dbf.widths[i] = m.width;
+        dbf.decimals[i] = m.decimals;
+        total += m.width;
+    }
+    if (total > 65534) gisStopNotHere("dbfTotLen>32767");
+    dbf.recordLength = static_cast<int32_t>(total);
+
+    int year = 0, month = 0, day = 0;
+    platformLocalDate(year, month, day);
+    unsigned char h[32] = {};
+    h[0] = 3;
+    h[1] = static_cast<unsigned char>(i1u(year - 1900));
+    h[2] = static_cast<unsigned char>(i1u(month));
+    h[3] = static_cast<unsigned char>(i1u(day));
+    putLE32(h + 4, dbf.recordCount);
+    putLE16(h + 8, i2u(32 * dbf.fieldCount + 33));
+    putLE16(h + 10, i2u(dbf.recordLength + 1));
+    ok = unitWriteBytes(dbf.dbfUnit, h, sizeof h) == IoStatus::ok && ok;
+    if (!ok) gisStopMessage(kHeaderFailed);
+
+    for (int i = 1; i <= dbf.fieldCount; ++i) {
+        const int32_t w = dbf.widths[i];
+        if (w < 1 || w > 255) {
+            GisLine l;
+            l << "ERROR 0412 - dbf field length of " << countText(w)
+              << " is outside allowable range of 1 to 255 when writing dbf file.";
+            gisStopMessage(l.view());
+        }
+        unsigned char d[32] = {};
+        const std::string_view nm = dbf.names[i].trimmed();
+        std::memcpy(d, nm.data(), std::min<std::size_t>(nm.size(), 11));
+        d[11] = static_cast<unsigned char>(dbf.types[i]);
+        d[16] = static_cast<unsigned char>(i1u(w));
+        d[17] = static_cast<unsigned char>(i1u(dbf.decimals[i]));
+        if (unitWriteBytes(dbf.dbfUnit, d, sizeof d) != IoStatus::ok) gisStopMessage(kHeaderFailed);
+    }
+    const unsigned char end = 13;
+    if (unitWriteBytes(dbf.dbfUnit, &end, 1) != IoStatus::ok) gisStopMessage(kHeaderFailed);
+}
+
+void dbfdataline(GisDbfState& dbf) { writeRecordLine(dbf, gisRecordLine.view(), gSlots, false); }
+
+void dbfdatalinelarge(GisDbfState& dbf) { writeRecordLine(dbf, gisRecordLineLarge.view(), gSlotsLarge, true); }
+
+void dbfWriteRecord(int32_t gisID, const GisObject& o, bool large) {
+    auto one = [&](GisDbfState& dbf) {
+        ++dbf.writtenCount;
+        if (large) dbfdatalinelarge(dbf);
+        else dbfdataline(dbf);
+    };
+    if (o.isPoint) {
+        one(gisDbf[gisID][1]);
+    } else if (o.isLine || o.isPline || o.isPlineMultiple) {
+        one(gisDbf[gisID][2]);
+    } else if (o.isRegion) {
+        one(gisDbf[gisID][3]);
+    } else if (o.isText || o.isMultiPoint) {
+        one(gisDbf[gisID][1]);
+    } else if (o.isNone) {
+        for (int k = 1; k <= 3; ++k)
+            if (gisDbf[gisID][k].dbfUnit > 0) one(gisDbf[gisID][k]);
+    } else {
+        gisStopMessage(large ? "Should not be here [gisWriteRecordLarge-dbf].  Please contact SUPPORTDESK."
+                             : "Should not be here [gisWriteRecord-dbf].  Please contact SUPPORTDESK.");
+    }
+}
+
+void dbfFinish(GisDbfState& dbf) {
+    if (dbf.dbfUnit < 1) return;
+    const unsigned char endMark = 26;
+    unsigned char count[4];
+    putLE32(count, dbf.writtenCount);
+    bool ok = unitWriteBytes(dbf.dbfUnit, &endMark, 1) == IoStatus::ok;
+    ok = unitSeek(dbf.dbfUnit, 4) == IoStatus::ok && ok;
+    ok = unitWriteBytes(dbf.dbfUnit, count, sizeof count) == IoStatus::ok && ok;
+    ok = unitFlush(dbf.dbfUnit) == IoStatus::ok && ok;
+    if (!ok) gisStopMessage("ERROR 0413 - Rewriting .dbf file header with final information.");
+    dbf.recordCount = dbf.writtenCount;
+    CLOSER(dbf.dbfUnit);
+}

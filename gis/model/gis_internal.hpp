@@ -1,0 +1,36 @@
+// Helpers shared by the parts of the GIS layer library: report lines, the
+// stops of states that calling code should never reach, and the check of a
+// layer number. Not part of the public interface.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "gis/model/gis_model.hpp"
+
+// A report line built from pieces, cut at its capacity.
+struct GisLine {
+    char b[2048];
+    std::size_t n = 0;
+    GisLine& operator<<(std::string_view s);
+    std::string_view view() const { return {b, n}; }
+};
+
+// True when gisID names no slot of the table.
+inline bool gisBadId(int32_t gisID) { return gisID < 1 || gisID > kGisMaxLayers; }
+
+// `blankLines` empty lines and `line` on the console and, when gisLogUnit is
+// above 0, in the log.
+void gisReport(int32_t blankLines, std::string_view line);
+
+// "Should not be here {operation}[gisID=0] - please contact SUPPORTDESK."
+// on the console, then EXITS.
+[[noreturn]] void gisStopNoLayer(std::string_view operation);
+
+// A blank line and "Should not be here [{where}] - please contact
+// SUPPORTDESK." on the console, then EXITS.
+[[noreturn]] void gisStopNotHere(std::string_view where);
+
+// `line` as the message, through gisMessageOut with one blank line, then EXITS.
+[[noreturn]] void gisStopMessage(std::string_view line);

@@ -1,0 +1,276 @@
+// Opening and closing of layers: the file family from the extension, the
+// files of each family, the tracking of input layers and the end-of-file
+// step of an output layer.
+#include "gis/dbf/dbf_writer.hpp"
+#include "gis/gis.hpp"
+#include "gis/model/gis_internal.hpp"
+#include "gis/shp/shp_writer.hpp"
+#include "runtime/exits.hpp"
+#include "runtime/paths.hpp"
+#include "runtime/platform.hpp"
+#include "runtime/units.hpp"
+#include "text/numbers.hpp"
+#include "text/strings.hpp"
+
+namespace {
+
+// The two modes of a layer, as the caller may spell them ("O " or "O").
+enum class LayerMode { input, output, other };
+
+LayerMode modeOf(std::string_view mode) {
+    std::string_view m = trimmed(mode);
+    if (m == "I") return LayerMode::input;
+    if (m == "O") return LayerMode::output;
+    return LayerMode::other;
+}
+
+// Records an input layer by the folder and stem of its full path.
+void trackInputLayer(int32_t gisID, std::string_view name) {
+    Text<1000> full;
+    if (!platformFullPath(trimmed(name), full)) TRIMF(full, name);
+    Text<1000> stem;
+    FILENAMEPATH(stem, full);
+    for (int32_t i = 1; i <= gisInputLayerCount && i <= kGisMaxInputLayers; ++i) {
+        if (ASAME(gisInputLayers[i], stem)) {
+            gisInputIndex[gisID] = i;
+            return;
+        }
+    }
+    ++gisInputLayerCount;
+    if (gisInputLayerCount < 1000) {
+        gisInputLayers[gisInputLayerCount] = stem;
+    } else {
+        gisSetMessage(
+            "WARNING 0317 - Exceeded limit of input GIS layers that can be tracked (layer referencing may not be "
+            "complete).");
+        gisMessageOut(0);
+        gisInputLayerCount = 1000;
+    }
+    gisInputIndex[gisID] = gisInputLayerCount;
+}
+
+// The .mif and .mid of a MIF layer, or the one attribute file of an
+// attributes-only layer.
+void openMifLayer(int32_t gisID, std::string_view name, bool attributesOnly, std::string_view mode) {
+    GisMifState& m = gisMif[gisID];
+    m.mifUnit = 0;
+    m.midUnit = 0;
+    Text<1000> given;
+    TRIMF(given, name);
+    Text<16> ext;
+    FILEEXT(ext, given);
+    Text<1000> work;
+    if (!attributesOnly && (ext.trimmed() == ".mif" || ext.trimmed() == ".mid")) {
+        FILENAMEPATH(work, given);
+    } else {
+        TRIMF(work, given);
+    }
+    if (!attributesOnly) {
+        Text<1000> mifName(work);
+        mifName.ref().append(".mif");
+        OPENERFREE(m.mifUnit, mode, mifName, 0);
+        // An input .mif is compared with gisMifProjection here when that
+        // reference is set; this program leaves it blank, so no check runs.
+        work.ref().append(".mid");
+    }
+    OPENERFREE(m.midUnit, mode, work, 0);
+    // An input pair opened with gisSaveDateCheck set is checked for its save
+    // dates here, and opened again when the check asks for it; the check is
+    // off in this program, so the pair is taken as it stands.
+}
+
+// The end-of-file work of an output layer.
+void finishLayer(int32_t gisID) {
+    switch (gisFormat[gisID]) {
+        case 1: return;
+        case 2:
+            for (int k = 1; k <= 3; ++k) {
+                dbfFinish(gisDbf[gisID][k]);
+                shpFinishSet(gisShp[gisID][k]);
+            }
+            return;
+        default: gisStopNotHere("gisWriteHeader");
+    }
+}
+
+}  // namespace
+
+int32_t gisFormatOfFile(std::string_view name, bool attributesOnly) {
+    Text<16> ext;
+    FILEEXT(ext, trimmed(name));
+    std::string_view e = ext.trimmed();
+    if (e.empty() || e == ".mif" || e == ".mid") return 1;
+    if (e == ".shp") return 2;
+    if (attributesOnly && e == ".dbf") return 2;
+    if (attributesOnly && e == ".csv") return -1;
+    GisLine l;
+    l << "ERROR 0252 - " << e << " is not a supported GIS file format.";
+    gisStopMessage(l.view());
+}
+
+bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& dbf, GisShpState& shp,
+                 std::string_view mode, bool attributesOnly) {
+    shp.shpUnitLE = shp.shpUnitBE = shp.shxUnitLE = shp.shxUnitBE = 0;
+    dbf.dbfUnit = 0;
+    Text<8> let;
+    TRIMF(let, letter);
+    const LayerMode lm = modeOf(mode);
+    if (lm == LayerMode::other) gisStopNotHere("OpenshpFile");
+
+    const std::string_view required = attributesOnly ? ".dbf" : ".shp";
+    Text<16> ext;
+    FILEEXT(ext, trimmed(name));
+    if (ext.trimmed() != required) {
+        GisLine l;
+        l << "ERROR 0426 - " << required << " file not specified.";
+        gisStopMessage(l.view());
+    }
+
+    Text<1000> shpName;
+    TRIMF(shpName, name);
+    if (!attributesOnly) {
+        if (lm == LayerMode::output && let.blank()) gisStopNotHere("OpenshpFileO");
+        if (!let.blank()) {
+            FILENAMEPATH(shpName, trimmed(name));
+            shpName.ref().append("_");
+            shpName.ref().append(let.trimmed());
+            shpName.ref().append(".shp");
+            if (lm == LayerMode::input && !platformFileExists(shpName)) return false;
+        }
+        Text<1000> stem;
+        FILENAMEPATH(stem, shpName);
+        Text<1000> prjName(stem);
+        prjName.ref().append(".prj");
+        if (lm == LayerMode::input) {
+            // An input .prj that exists is compared with gisShpProjection here
+            // when that reference is set; this program leaves it blank.
+            OPENERFREE(shp.shpUnitLE, "BI", shpName, 0);
+            OPENERFREE(shp.shpUnitBE, "BE", shpName, 0);
+        } else {
+            Text<1000> shxName(stem);
+            shxName.ref().append(".shx");
+            OPENERFREE(shp.shpUnitLE, "SB", shpName, 0);
+            OPENERFREE(shp.shpUnitBE, "SE", shpName, 0);
+            OPENERFREE(shp.shxUnitLE, "SB", shxName, 0);
+            OPENERFREE(shp.shxUnitBE, "SE", shxName, 0);
+            OPENERFREE(shp.prjUnit, "O ", prjName, 0);
+        }
+    }
+    Text<1000> dbfName;
+    FILENAMEPATH(dbfName, shpName);
+    dbfName.ref().append(".dbf");
+    OPENERFREE(dbf.dbfUnit, lm == LayerMode::input ? "BI" : "BO", dbfName, 0);
+    return true;
+}
+
+int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode,
+                     std::string_view shapeLetters) {
+    {
+        GisLine l;
+        l << "Opening GIS Layer: " << trimmed(name);
+        gisReport(0, l.view());
+    }
+    int32_t id = 0;
+    for (int32_t i = 1; i <= kGisMaxLayers; ++i) {
+        if (!gisIsOpen[i]) {
+            id = i;
+            break;
+        }
+    }
+    if (id == 0) gisStopMessage("ERROR 0251 - Cannot have more than 100 GIS layers open at once.");
+    {
+        GisLine l;
+        l << "GIS Layer assigned ID of " << countText(id);
+        gisReport(0, l.view());
+    }
+    gisInitialiseLayer(id);
+
+    const int32_t format = gisFormatOfFile(name, attributesOnly);
+    gisFormat[id] = format;
+    if (format != 1 && format != 2 && format != -1) gisStopNotHere("gisOpenLayer");
+
+    const LayerMode lm = modeOf(mode);
+    if (lm == LayerMode::other) gisStopNotHere("OpenGIS");
+    gisIsOutput[id] = lm == LayerMode::output;
+    if (lm == LayerMode::input) trackInputLayer(id, name);
+    const std::string_view unitMode = lm == LayerMode::input ? "I " : "O ";
+
+    int32_t result = id;
+    if (format == 1) {
+        openMifLayer(id, name, attributesOnly, unitMode);
+    } else if (format == -1) {
+        gisMif[id].mifUnit = 0;
+        OPENERFREE(gisMif[id].midUnit, unitMode, trimmed(name), 0);
+        gisFormat[id] = 1;
+    } else if (lm == LayerMode::output) {
+        for (char c : trimmed(shapeLetters)) {
+            int set = 0, type = 0;
+            switch (c) {
+                case 'P': case 'p': set = 1; type = 1; break;
+                case 'L': case 'l': set = 2; type = 3; break;
+                case 'R': case 'r': set = 3; type = 5; break;
+                default: gisStopNotHere("OpenshpFileType");
+            }
+            gisShp[id][set].shapeType = type;
+            OpenshpFile(name, std::string_view(&c, 1), gisDbf[id][set], gisShp[id][set], unitMode, attributesOnly);
+        }
+    } else {
+        if (!OpenshpFile(name, shapeLetters, gisDbf[id][1], gisShp[id][1], unitMode, attributesOnly)) result = 0;
+    }
+
+    if (result == 0) {
+        gisFormat[id] = 0;
+        return 0;
+    }
+    gisIsOpen[id] = true;
+    gisLayerName[id] = name;
+    return id;
+}
+
+void gisWriteEoF(int32_t gisID) {
+    if (gisBadId(gisID)) gisStopNoLayer("gisWriteEoF");
+    finishLayer(gisID);
+}
+
+void gisCloseLayer(int32_t& gisID) {
+    if (gisBadId(gisID)) {
+        gisReport(0, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact SUPPORTDESK.");
+        return;
+    }
+    const int32_t id = gisID;
+    {
+        GisLine l;
+        l << "Closing GIS Layer " << countText(id) << " [" << gisLayerName[id].trimmed() << "]...";
+        gisReport(1, l.view());
+    }
+    if (gisIsOutput[id]) finishLayer(id);
+    if (gisFormat[id] == 1) {
+        if (gisMif[id].mifUnit > 0) CLOSER(gisMif[id].mifUnit);
+        if (gisMif[id].midUnit > 0) CLOSER(gisMif[id].midUnit);
+    } else if (gisFormat[id] == 2) {
+        for (int k = 1; k <= 3; ++k) {
+            GisShpState& s = gisShp[id][k];
+            for (int32_t* u : {&s.shpUnitLE, &s.shpUnitBE, &s.shxUnitLE, &s.shxUnitBE, &s.prjUnit})
+                if (*u > 0) CLOSER(*u);
+            if (gisDbf[id][k].dbfUnit > 0) CLOSER(gisDbf[id][k].dbfUnit);
+        }
+    } else {
+        gisStopNotHere("gisCloseLayer");
+    }
+    gisIsOpen[id] = false;
+    gisAtEnd[id] = true;
+    gisIsOutput[id] = false;
+    gisFormat[id] = 0;
+    gisID = 0;
+}
+
+void gisCloseAllLayers(bool& anyOpen) {
+    gisReport(1, "Closing any unclosed GIS layers...");
+    anyOpen = false;
+    for (int32_t i = 1; i <= kGisMaxLayers; ++i) {
+        if (!gisIsOpen[i]) continue;
+        anyOpen = true;
+        int32_t id = i;
+        gisCloseLayer(id);
+    }
+}

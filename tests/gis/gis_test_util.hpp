@@ -1,0 +1,168 @@
+// Shared pieces of the GIS library tests: a fixture with a clean library and
+// file-unit state and a folder of its own, byte builders for hand-worked
+// file contents, and a check for the stops that end the run.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <tuple>
+
+#include "gis/gis.hpp"
+#include "runtime/console.hpp"
+#include "runtime/units.hpp"
+
+namespace gistest {
+
+inline std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void writeFile(const std::string& path, const std::string& bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+// Byte builders.
+inline std::string le32(int32_t v) {
+    std::string s(4, '\0');
+    for (int i = 0; i < 4; ++i) s[i] = static_cast<char>((static_cast<uint32_t>(v) >> (8 * i)) & 0xFF);
+    return s;
+}
+inline std::string be32(int32_t v) {
+    std::string s = le32(v);
+    return {s.rbegin(), s.rend()};
+}
+inline std::string le16(int v) { return le32(v).substr(0, 2); }
+inline std::string le64(double d) {
+    uint64_t u = std::bit_cast<uint64_t>(d);
+    std::string s(8, '\0');
+    for (int i = 0; i < 8; ++i) s[i] = static_cast<char>((u >> (8 * i)) & 0xFF);
+    return s;
+}
+inline std::string zeros(std::size_t n) { return std::string(n, '\0'); }
+inline std::string crlf(std::initializer_list<std::string> lines) {
+    std::string s;
+    for (const auto& l : lines) s += l + "\r\n";
+    return s;
+}
+
+// The literal as a POSIX extended regular expression.
+inline std::string literal(const std::string& text) {
+    std::string r;
+    for (char c : text) {
+        if (std::strchr(".[](){}*+?|^$\\", c)) r += '\\';
+        r += c;
+    }
+    return r;
+}
+
+// A whole line of the stop's output.
+inline std::string lineRegex(const std::string& text) { return "(^|\n)" + literal(text) + "\n"; }
+
+// Runs a command and gives its standard output; -1 in status when it could
+// not be started.
+inline std::string run(const std::string& command, int& status) {
+    std::string out;
+    FILE* p = ::popen(command.c_str(), "r");
+    if (p == nullptr) {
+        status = -1;
+        return out;
+    }
+    char buf[4096];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+    status = ::pclose(p);
+    return out;
+}
+
+// Assigns a text out of line: g++ 12 sees the inlined assignment of a
+// global text as a possible overrun and warns.
+[[gnu::noinline]] inline void put(TextRef t, std::string_view s) { t.assign(s); }
+
+inline bool haveTool(const std::string& path) { return ::access(path.c_str(), X_OK) == 0; }
+
+// Attributes of gisA_: name, type word, width.
+inline void setAttributes(std::initializer_list<std::tuple<const char*, const char*, int>> list) {
+    gisA_.n = 0;
+    gisA_.nrecords = 0;
+    for (const auto& [name, type, width] : list) {
+        ++gisA_.n;
+        gisA_.name[gisA_.n] = name;
+        gisA_.type[gisA_.n] = type;
+        gisA_.width[gisA_.n] = width;
+    }
+}
+
+// Points 1.. of the coordinate buffer.
+inline void setPoints(std::initializer_list<std::pair<double, double>> pts) {
+    gisN = 0;
+    for (const auto& [x, y] : pts) {
+        ++gisN;
+        gisX[gisN] = x;
+        gisY[gisN] = y;
+    }
+}
+
+class GisTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        FILEINIT(1000);
+        for (int32_t i = 1; i <= kGisMaxLayers; ++i) {
+            gisIsOpen[i] = false;
+            gisInitialiseLayer(i);
+        }
+        gisClearObject(gisO_);
+        gisO_.isWritten = false;
+        gisA_ = GisAttributes{};
+        gisN = 0;
+        gisRecordLine.clear();
+        gisRecordLineLarge.clear();
+        gisCoordSysLine.clear();
+        gisPrjLine.clear();
+        gisInputLayerCount = 0;
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        dir_ = std::filesystem::current_path() / "gis_out" / (std::string(info->test_suite_name()) + "." + info->name());
+        std::filesystem::remove_all(dir_);
+        std::filesystem::create_directories(dir_);
+    }
+
+    std::string path(const std::string& name) const { return (dir_ / name).string(); }
+
+    // A layer opened for output with its header written.
+    int32_t openWithHeader(const std::string& name, const char* letters = "") {
+        int32_t id = gisOpenLayer(path(name), false, "O ", letters);
+        gisWriteHeader(id);
+        gisClearObject(gisO_);
+        return id;
+    }
+
+    std::filesystem::path dir_;
+};
+
+}  // namespace gistest
+
+// The statement ends the run through EXITS with `text` as one of its lines.
+// Console output is sent to the error stream, where the check looks.
+#define EXPECT_GIS_STOP(statement, text)                                              \
+    do {                                                                              \
+        conFlush();                                                                   \
+        unitFlushAll();                                                               \
+        EXPECT_EXIT(                                                                  \
+            {                                                                         \
+                fileUnitSettings.pauseOnPrematureExit = false;                        \
+                ::dup2(2, 1);                                                         \
+                statement;                                                            \
+            },                                                                        \
+            ::testing::ExitedWithCode(0), ::gistest::lineRegex(text));                \
+    } while (0)
