@@ -35,6 +35,10 @@ inline std::string_view trimmed(std::string_view s) {
     return s.substr(0, static_cast<std::size_t>(trimmedLength(s)));
 }
 
+// Sets n bytes to blanks (kept out of line: g++ 12 mistakes inlined fills of
+// these fixed arrays for overruns).
+void blankFill(char* p, std::size_t n);
+
 struct TextRef {
     char* data;
     int cap;
@@ -55,20 +59,11 @@ struct TextRef {
     std::string_view trimmed() const { return {data, static_cast<std::size_t>(len())}; }
 
     // All blank.
-    void clear() const {
-        std::memset(data, ' ', static_cast<std::size_t>(*hi));
-        *hi = 0;
-    }
+    void clear() const;
 
     // Replace the whole value: copy the bytes, cut at the capacity, pad with
     // blanks. The source may overlap this text.
-    void assign(std::string_view s) const {
-        int n = static_cast<int>(std::min<std::size_t>(s.size(), static_cast<std::size_t>(cap)));
-        if (n > 0) std::memmove(data, s.data(), static_cast<std::size_t>(n));
-        if (*hi > n) std::memset(data + n, ' ', static_cast<std::size_t>(*hi - n));
-        while (n > 0 && data[n - 1] == ' ') --n;
-        *hi = n;
-    }
+    void assign(std::string_view s) const;
 
     // Byte at 1-based position; a blank beyond the capacity.
     char at(int pos) const { return (pos >= 1 && pos <= cap) ? data[pos - 1] : ' '; }
@@ -81,16 +76,7 @@ struct TextRef {
     }
 
     // Append behind the trimmed text, cut at the capacity. Returns false when cut.
-    bool append(std::string_view s) const {
-        int n = len();
-        int room = cap - n;
-        int k = static_cast<int>(std::min<std::size_t>(s.size(), static_cast<std::size_t>(room)));
-        if (k > 0) std::memmove(data + n, s.data(), static_cast<std::size_t>(k));
-        int nh = n + k;
-        while (nh > n && data[nh - 1] == ' ') --nh;
-        if (nh > *hi) *hi = nh;
-        return k == static_cast<int>(s.size());
-    }
+    bool append(std::string_view s) const;
 
     // Declare that bytes up to index n (exclusive) may have been written
     // directly through `data`.
@@ -110,7 +96,7 @@ struct Text {
     int hi = 0;
     char b[N];
 
-    Text() { std::memset(b, ' ', N); }
+    Text() { blankFill(b, N); }
     Text(std::string_view s) : Text() { ref().assign(s); }
     Text(const char* s) : Text(std::string_view(s)) {}
     Text(const Text& o) : Text() { ref().assign(o.view()); }
