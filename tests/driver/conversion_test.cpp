@@ -49,7 +49,7 @@ TEST(Conversion, MifLayersOfOneSection) {
     fs::path d = scratch("mif_a");
     projectionFiles(d);
     writeFile(d / "tiny.sdf", sectionA());
-    Run r = reachmap(d, {"-mif", "tiny.sdf"});
+    RunResult r = reachmap(d, {"-mif", "tiny.sdf"});
     EXPECT_EQ(r.status, 0);
     EXPECT_TRUE(linesInOrder(r.out, {"Found start of reach block on line 3", "Found CENTERLINE on line 6",
                                      "Found ENDSTREAMNETWORK on line 10", "Found BEGIN CROSS-SECTIONS: on line 11",
@@ -109,7 +109,7 @@ TEST(Conversion, ShapefileBytesOfOneSection) {
     fs::path d = scratch("shp_a");
     projectionFiles(d);
     writeFile(d / "tiny.sdf", sectionA());
-    Run r = reachmap(d, {"-shp", "tiny.sdf"});
+    RunResult r = reachmap(d, {"-shp", "tiny.sdf"});
     EXPECT_EQ(r.status, 0);
     EXPECT_TRUE(linesInOrder(r.out, {"Finished."})) << r.out;
 
@@ -235,7 +235,7 @@ TEST(Conversion, TrimmingToLeveeMarkers) {
     fs::path d = scratch("trim");
     projectionFiles(d);
     writeFile(d / "trim.sdf", trimFile());
-    Run r = reachmap(d, {"-mif", "trim.sdf"});
+    RunResult r = reachmap(d, {"-mif", "trim.sdf"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(readFile(d / "T_R_1.csv"), csvRows({{10, 3}, {20, 1}, {30, 4}, {40, 6}}));
     EXPECT_EQ(readFile(d / "T_R_2.csv"), csvRows({{0, 5}, {10, 3}, {20, 1}, {30, 4}}));
@@ -294,7 +294,7 @@ TEST(Conversion, NoTrimKeepsWholeSectionsAndWritesNoLeveePoints) {
     fs::path d = scratch("notrim");
     projectionFiles(d);
     writeFile(d / "trim.sdf", trimFile());
-    Run r = reachmap(d, {"-mif", "-NoTrim", "trim.sdf"});
+    RunResult r = reachmap(d, {"-mif", "-NoTrim", "trim.sdf"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(readFile(d / "T_R_1.csv"), csvRows({{0, 5}, {10, 3}, {20, 1}, {30, 4}, {40, 6}}));
     EXPECT_EQ(readFile(d / "T_R_8.csv"), csvRows({{0, 5}, {10, 3}, {20, 1}, {30, 4}, {40, 6}}));
@@ -316,7 +316,7 @@ TEST(Conversion, ManningsWalkAndLostBlock) {
                  crlf({"      NVALUES:", "         0, 0.01", "         0.4, 0.02", "         0.5, 0.03", "      CUT LINE:",
                        "         1, 2", "         3, 4"}));
     writeFile(d / "n.sdf", s);
-    Run r = reachmap(d, {"-mif", "n.sdf"});
+    RunResult r = reachmap(d, {"-mif", "n.sdf"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(readFile(d / "T_R_1.csv"), crlf({"\"X\",\"Z\",\"N\"", "       0.000,      1.0000,  0.0100",
                                                "      10.000,      2.0000,  0.0100",
@@ -333,7 +333,7 @@ TEST(Conversion, NamesAndEmptyLayers) {
     // a file without sections still gets its five empty section layers.
     fs::path d = scratch("names");
     writeFile(d / "hecras.sdf", crlf({"title", "BEGIN STREAM NETWORK:", "END STREAM NETWORK:"}));
-    Run r = reachmap(d, {"hecras.sdf"});
+    RunResult r = reachmap(d, {"hecras.sdf"});
     EXPECT_EQ(r.status, 0);
     for (const char* stem : {"hecras.sdf_streams_L", "hecras_surf_pts_P", "2d_zsh_hecras_end_pts_P",
                              "1d_xs_hecras_surf_line_L", "hecras_cut_line_L", "hecras_levee_pts_P"}) {

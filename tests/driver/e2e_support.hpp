@@ -14,7 +14,7 @@ namespace e2e {
 
 namespace fs = std::filesystem;
 
-struct Run {
+struct RunResult {
     int status = -1;
     std::string out;  // standard output
     std::string err;  // standard error
@@ -60,12 +60,12 @@ inline fs::path scratch(const std::string& name) {
 
 // Runs reachmap in `dir` with `args`; standard input is `input` (empty: closed
 // at once, as with no person at the console).
-inline Run reachmap(const fs::path& dir, const std::vector<std::string>& args, const std::string& input = "") {
+inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& args, const std::string& input = "") {
     writeFile(dir / ".stdin", input);
     std::string cmd = "cd " + quote(dir.string()) + " && " + quote(REACHMAP_EXE);
     for (const auto& a : args) cmd += " " + quote(a);
     cmd += " < .stdin > .stdout 2> .stderr";
-    Run r;
+    RunResult r;
     int rc = std::system(cmd.c_str());
     r.status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
     r.out = readFile(dir / ".stdout");

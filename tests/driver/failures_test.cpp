@@ -9,7 +9,7 @@ namespace {
 
 using namespace e2e;
 
-bool endsInOrder(const Run& r) {
+bool endsInOrder(const RunResult& r) {
     const std::string tail = "\nPress Enter to Close";
     return r.status == 0 && r.out.size() >= tail.size() && r.out.compare(r.out.size() - tail.size(), tail.size(), tail) == 0;
 }
@@ -77,7 +77,7 @@ TEST(Failures, EachStopsInOrderWithItsMessage) {
     for (const auto& c : cases) {
         fs::path d = scratch(std::string("fail_") + c.name);
         if (!c.sdf.empty()) writeFile(d / "a.sdf", c.sdf);
-        Run r = reachmap(d, c.args);
+        RunResult r = reachmap(d, c.args);
         EXPECT_TRUE(endsInOrder(r)) << c.name << "\n" << r.out;
         EXPECT_TRUE(linesInOrder(r.out, c.expect)) << c.name << "\n" << r.out;
         EXPECT_FALSE(linesInOrder(r.out, {"Finished."})) << c.name;
@@ -86,7 +86,7 @@ TEST(Failures, EachStopsInOrderWithItsMessage) {
 
 TEST(Failures, BothFormatsStopBeforeAnyFileIsLookedFor) {
     fs::path d = scratch("fail_both_early");
-    Run r = reachmap(d, {"-shp", "-MIF", "missing.sdf"});
+    RunResult r = reachmap(d, {"-shp", "-MIF", "missing.sdf"});
     EXPECT_TRUE(endsInOrder(r));
     EXPECT_EQ(r.out.find("Trying to open"), std::string::npos) << r.out;
     EXPECT_EQ(r.out.find("Please enter"), std::string::npos) << r.out;
@@ -98,7 +98,7 @@ TEST(Failures, ProjectionFiles) {
     // Only the first file that exists is tried.
     writeFile(d / "Header.mif", "Version 300\r\nColumns 1\r\n");
     writeFile(d / "Projection.mif", "CoordSys Earth Projection 1, 104\r\n");
-    Run r = reachmap(d, {"-mif", "a.sdf"});
+    RunResult r = reachmap(d, {"-mif", "a.sdf"});
     EXPECT_TRUE(endsInOrder(r));
     EXPECT_TRUE(linesInOrder(r.out, {"Using Header.mif for setting projection.", "",
                                      "ERROR - Unable to find CoordSys line in Header.mif"}))
@@ -117,7 +117,7 @@ TEST(Failures, WhatWasWrittenStaysOnDisk) {
     fs::path d = scratch("fail_keeps_streams");
     writeFile(d / "a.sdf", "t\r\nREACH:\r\nSTREAM ID: S\r\nREACH ID: R\r\nCENTERLINE:\r\n0, 0\r\n3, 4\r\nEND:\r\n"
                            "END STREAM NETWORK:\r\nCROSS-SECTION:\r\nSTREAM ID:S\r\nREACH ID:R\r\nSTATION:x1\r\nEND:\r\n");
-    Run r = reachmap(d, {"a.sdf"});
+    RunResult r = reachmap(d, {"a.sdf"});
     EXPECT_TRUE(endsInOrder(r));
     EXPECT_TRUE(linesInOrder(r.out, {"ERROR - converting station to numeric field"}));
     EXPECT_EQ(fs::file_size(d / "a.sdf_streams_L.shp"), 100u + 8u + 4u + 32u + 4u + 4u + 4u + 32u);
@@ -128,7 +128,7 @@ TEST(Failures, WhatWasWrittenStaysOnDisk) {
 
 TEST(Prompt, MissingFileWithNobodyToAnswer) {
     fs::path d = scratch("prompt_eof");
-    Run r = reachmap(d, {"nofile.sdf"});
+    RunResult r = reachmap(d, {"nofile.sdf"});
     EXPECT_TRUE(endsInOrder(r)) << r.out;
     EXPECT_NE(r.out.find(" Please enter the .sdf file (blank to exit)-> "), std::string::npos);
     EXPECT_EQ(errorLines(r.out), 1) << r.out;
@@ -136,7 +136,7 @@ TEST(Prompt, MissingFileWithNobodyToAnswer) {
 
 TEST(Prompt, TypedNamesGetTheirExtensionAndAreAskedAgain) {
     fs::path d = scratch("prompt_typed");
-    Run r = reachmap(d, {"nofile.sdf"}, "other\nriver.txt\n");
+    RunResult r = reachmap(d, {"nofile.sdf"}, "other\nriver.txt\n");
     EXPECT_TRUE(endsInOrder(r)) << r.out;
     EXPECT_NE(r.out.find(" WARNING - Can''t find file other.sdf, try again"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find(" WARNING - Can''t find file river.txt.sdf, try again"), std::string::npos) << r.out;
@@ -156,7 +156,7 @@ TEST(Prompt, TypedNamesGetTheirExtensionAndAreAskedAgain) {
 
 TEST(CommandLine, HelpAndOptionForms) {
     fs::path d = scratch("help");
-    Run r = reachmap(d, {});
+    RunResult r = reachmap(d, {});
     EXPECT_TRUE(endsInOrder(r));
     EXPECT_TRUE(linesInOrder(r.out, {"", "Build 2023-01-AA", "", "", "Found  1 arguments", "", " reachmap description",
                                      "", " Converts HECRAS SDF (export format) to GIS format",

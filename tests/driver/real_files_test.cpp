@@ -101,7 +101,7 @@ TEST_P(RealFiles, ConvertInBothFormats) {
         fs::copy_file(src, d / "river.sdf");
         writeFile(d / "Header.prj", "PROJCS[\"Local\",GEOGCS[\"GCS_WGS_1984\"]]\r\n");
         writeFile(d / "Header.mif", "CoordSys NonEarth Units \"m\" Bounds (-1e8, -1e8) (1e8, 1e8)\r\n");
-        Run r = reachmap(d, {format, "river.sdf"});
+        RunResult r = reachmap(d, {format, "river.sdf"});
         EXPECT_EQ(r.status, 0);
         if (want.headsInPlace) {
             EXPECT_TRUE(linesInOrder(r.out, {"Finished."})) << GetParam() << format << "\n" << r.out.substr(0, 4000);
