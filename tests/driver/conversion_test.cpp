@@ -227,7 +227,7 @@ std::string trimFile() {
     s += section("7", v5, {});                                               // a block with no rows
     s += section("8", v5, {"L, 0.5, 1", "R, 0.5, 2"});                       // leaves one point
     s += crlf({"   CROSS-SECTION:", "      STREAM ID:T", "      REACH ID:R", "      STATION:9", "      CUT LINE:",
-               "         1, 2", "         3, 4", "   END:"});
+               "         1, 2", "         3, 4", "      BANK POSITIONS: 0.1, 0.9", "   END:"});
     return s + "END CROSS-SECTIONS:\r\n";
 }
 

@@ -51,6 +51,9 @@ TEST(Failures, EachStopsInOrderWithItsMessage) {
         {"blank_vertex", network("\r\nEND:\r\n"), {"a.sdf"}, {"", "ERROR reading data", ""}},
         {"bad_cut_row", oneSection("STATION:1\r\nCUT LINE:\r\n1, x\r\nEND:\r\n"), {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfCutline", "", "1, x", ""}},
+        // "END:" begins with a number byte, so it counts as a row of the cut line.
+        {"cut_line_then_end", oneSection("STATION:1\r\nCUT LINE:\r\n1, 2\r\nEND:\r\n"), {"a.sdf"},
+         {"ERROR - Reading following line in file in sub GetSdfCutline", "", "END:", ""}},
         {"bad_n_row", oneSection("STATION:1\r\nNVALUES:\r\n0.5\r\nEND:\r\n"), {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfnVals", "", "0.5", ""}},
         {"levee_row_without_comma", oneSection("STATION:1\r\nLEVEE POSITIONS:\r\nL 0.5\r\nEND:\r\n"), {"a.sdf"},
