@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times one conversion and the I/O floor for the same bytes.
 
-    time_conversion.py REACHMAP SDF_FILE [-shp|-mif] [--notrim] [--workdir DIR] [--runs N]
+    time_conversion.py REACHMAP SDF_FILE [--format shp|mif] [--notrim] [--workdir DIR] [--runs N]
 
 Runs the converter in a fresh folder (the SDF file hard-linked or copied in,
 with a Header.prj / Header.mif beside it) with standard input closed, and
@@ -80,13 +80,13 @@ def main():
     ap = argparse.ArgumentParser()
     ap.add_argument("reachmap")
     ap.add_argument("sdf")
-    ap.add_argument("format", nargs="?", default="-shp")
+    ap.add_argument("--format", choices=["shp", "mif"], default="shp")
     ap.add_argument("--notrim", action="store_true")
     ap.add_argument("--workdir", default=None)
     ap.add_argument("--runs", type=int, default=1)
     a = ap.parse_args()
     reachmap = os.path.abspath(a.reachmap)
-    opts = [a.format] + (["-notrim"] if a.notrim else [])
+    opts = ["-" + a.format] + (["-notrim"] if a.notrim else [])
     in_bytes = os.path.getsize(a.sdf)
     walls, rss, floors = [], [], []
     for _ in range(a.runs):
