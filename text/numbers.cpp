@@ -4,23 +4,89 @@
 #include <cmath>
 #include <cstring>
 
+namespace {
+
+constexpr uint64_t kPow10[] = {1ull,          10ull,          100ull,          1000ull,          10000ull,
+                               100000ull,     1000000ull,     10000000ull,     100000000ull,     1000000000ull,
+                               10000000000ull};
+
+// Exact fixed-point digits of |value| rounded to `decimals` places, for the
+// common case of a value whose scaled magnitude fits 64 bits: value is
+// m * 2^e, so value * 10^d = m * 10^d * 2^e is computed exactly in 128 bits
+// and rounded to nearest, an exact tie going to the even result. This is what
+// to_chars gives, at a fraction of the cost. False when out of its range.
+bool scaledFixed(double value, int decimals, uint64_t& scaled) {
+    if (decimals > 10) return false;
+    int exp;
+    const double frac = std::frexp(std::fabs(value), &exp);  // |value| = frac * 2^exp, frac in [0.5, 1)
+    if (frac == 0.0) {
+        scaled = 0;
+        return true;
+    }
+    // 10^d < 2^bits: keep |value| * 10^d below 2^63 so that it fits the result.
+    static const int bits[] = {0, 4, 7, 10, 14, 17, 20, 24, 27, 30, 34};
+    if (exp + bits[decimals] > 63) return false;
+    const auto m = static_cast<uint64_t>(std::ldexp(frac, 53));  // exact: 53 significant bits
+    const int e = exp - 53;                                      // |value| = m * 2^e
+    const unsigned __int128 p = static_cast<unsigned __int128>(m) * kPow10[decimals];
+    if (e >= 0) {
+        scaled = static_cast<uint64_t>(p << e);
+        return true;
+    }
+    const int shift = -e;
+    if (shift >= 127) {
+        scaled = 0;  // far below half a unit of the last place
+        return true;
+    }
+    const unsigned __int128 q = p >> shift;
+    const unsigned __int128 rest = p - (q << shift);
+    const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
+    uint64_t r = static_cast<uint64_t>(q);
+    if (rest > half || (rest == half && (r & 1u) != 0)) ++r;
+    scaled = r;
+    return true;
+}
+
+}  // namespace
+
 char* putFixed(char* out, int width, int decimals, double value) {
     if (width < 1) return out;
     if (decimals < 0) decimals = 0;
     char buf[128];
     int n = -1;
-    // Anything of 1e60 or more can never fit a field of at most 64 bytes.
-    if (std::isfinite(value) && std::fabs(value) < 1e60 && decimals <= 60) {
+    uint64_t scaled;
+    if (std::isfinite(value) && scaledFixed(value, decimals, scaled)) {
+        // Digits of the scaled integer, with the point put in front of the last `decimals`.
+        char digits[24];
+        auto r = std::to_chars(digits, digits + sizeof digits, scaled);
+        int nd = static_cast<int>(r.ptr - digits);
+        n = 0;
+        if (std::signbit(value)) buf[n++] = '-';
+        const int intDigits = nd > decimals ? nd - decimals : 0;
+        if (intDigits == 0) {
+            buf[n++] = '0';
+        } else {
+            std::memcpy(buf + n, digits, static_cast<std::size_t>(intDigits));
+            n += intDigits;
+        }
+        buf[n++] = '.';
+        for (int z = nd; z < decimals; ++z) buf[n++] = '0';
+        const int fracFrom = nd > decimals ? nd - decimals : 0;
+        std::memcpy(buf + n, digits + fracFrom, static_cast<std::size_t>(nd - fracFrom));
+        n += nd - fracFrom;
+    } else if (std::isfinite(value) && std::fabs(value) < 1e60 && decimals <= 60) {
+        // Anything of 1e60 or more can never fit a field of at most 64 bytes.
         auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed, decimals);
-        if (r.ec == std::errc()) n = static_cast<int>(r.ptr - buf);
+        if (r.ec == std::errc()) {
+            n = static_cast<int>(r.ptr - buf);
+            if (decimals == 0) buf[n++] = '.';  // the text still ends in the point
+        }
     }
     if (n < 0) {
         std::memset(out, '*', static_cast<std::size_t>(width));
         return out + width;
     }
     const char* s = buf;
-    // With decimals 0 the text still ends in the point.
-    if (decimals == 0) buf[n++] = '.';
     if (n == width + 1) {
         // Drop the zero before the point when that alone makes it fit.
         if (s[0] == '0' && s[1] == '.') {

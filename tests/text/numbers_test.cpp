@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -104,6 +106,59 @@ TEST(Fields, FixedWidthLayouts) {
     EXPECT_EQ(std::string(intText(5, 7)), "    7");
     EXPECT_EQ(std::string(intText(3, 12345)), "***");
     EXPECT_EQ(std::string(countText(-42)), "-42");
+}
+
+}  // namespace
+
+namespace {
+
+// The fixed-point fields must give to_chars' digits for every value: random
+// magnitudes across the whole range, exact binary ties, and values right at
+// the edges of the fields.
+TEST(Fields, FixedAgreesWithToCharsEverywhere) {
+    uint64_t state = 88172645463325252ull;
+    auto next = [&] {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        return state;
+    };
+    int checked = 0;
+    for (int i = 0; i < 200000; ++i) {
+        double v;
+        switch (i % 4) {
+            case 0: {  // any bit pattern of a finite double
+                uint64_t bits = next();
+                std::memcpy(&v, &bits, 8);
+                if (!std::isfinite(v)) continue;
+                break;
+            }
+            case 1:  // map-sized coordinates with few decimals
+                v = static_cast<double>(static_cast<int64_t>(next() % 2000000000000ull) - 1000000000000LL) / 1000.0;
+                break;
+            case 2:  // exact binary ties at some decimal place
+                v = static_cast<double>(static_cast<int64_t>(next() % 2000001) - 1000000) / 1024.0;
+                break;
+            default:  // single precision values, widened
+                v = static_cast<double>(static_cast<float>(static_cast<int64_t>(next() % 20000000) - 10000000) / 4096.0f);
+                break;
+        }
+        const int d = static_cast<int>(next() % 11);
+        char want[400];
+        auto r = std::to_chars(want, want + sizeof want, v, std::chars_format::fixed, d);
+        ASSERT_EQ(r.ec, std::errc());
+        std::string w(want, r.ptr);
+        if (d == 0) w += '.';
+        const int width = 40;
+        char got[64];
+        putFixed(got, width, d, v);
+        std::string g(got, width);
+        std::string expect = w.size() > static_cast<std::size_t>(width) ? std::string(width, '*')
+                                                                         : std::string(width - w.size(), ' ') + w;
+        ASSERT_EQ(g, expect) << v << " with " << d << " decimals";
+        ++checked;
+    }
+    EXPECT_GT(checked, 150000);
 }
 
 }  // namespace
