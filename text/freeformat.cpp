@@ -79,6 +79,15 @@ char g_unquoted[kWorkCap + 8];
 }  // namespace
 
 bool parseReal8(std::string_view token, double& v) {
+    // Most tokens are plain numbers that from_chars takes as they stand.
+    if (!token.empty() && token[0] != '+') {
+        double r;
+        auto res = std::from_chars(token.data(), token.data() + token.size(), r, std::chars_format::general);
+        if (res.ec == std::errc() && res.ptr == token.data() + token.size() && std::isfinite(r)) {
+            v = r;
+            return true;
+        }
+    }
     char buf[1100];
     std::size_t n;
     if (!normalise(token, buf, sizeof buf, n)) return false;
@@ -90,6 +99,14 @@ bool parseReal8(std::string_view token, double& v) {
 }
 
 bool parseReal4(std::string_view token, float& v) {
+    if (!token.empty() && token[0] != '+') {
+        float r;
+        auto res = std::from_chars(token.data(), token.data() + token.size(), r, std::chars_format::general);
+        if (res.ec == std::errc() && res.ptr == token.data() + token.size() && std::isfinite(r)) {
+            v = r;
+            return true;
+        }
+    }
     char buf[1100];
     std::size_t n;
     if (!normalise(token, buf, sizeof buf, n)) return false;

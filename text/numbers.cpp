@@ -1,5 +1,6 @@
 #include "text/numbers.hpp"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -17,17 +18,21 @@ constexpr uint64_t kPow10[] = {1ull,          10ull,          100ull,          1
 // to_chars gives, at a fraction of the cost. False when out of its range.
 bool scaledFixed(double value, int decimals, uint64_t& scaled) {
     if (decimals > 10) return false;
-    int exp;
-    const double frac = std::frexp(std::fabs(value), &exp);  // |value| = frac * 2^exp, frac in [0.5, 1)
-    if (frac == 0.0) {
-        scaled = 0;
-        return true;
+    const auto bits = std::bit_cast<uint64_t>(value);
+    const int biased = static_cast<int>((bits >> 52) & 0x7FF);
+    uint64_t m = bits & ((uint64_t{1} << 52) - 1);
+    if (biased == 0) {
+        if (m == 0) {
+            scaled = 0;
+            return true;
+        }
+    } else {
+        m |= uint64_t{1} << 52;
     }
-    // 10^d < 2^bits: keep |value| * 10^d below 2^63 so that it fits the result.
-    static const int bits[] = {0, 4, 7, 10, 14, 17, 20, 24, 27, 30, 34};
-    if (exp + bits[decimals] > 63) return false;
-    const auto m = static_cast<uint64_t>(std::ldexp(frac, 53));  // exact: 53 significant bits
-    const int e = exp - 53;                                      // |value| = m * 2^e
+    const int e = (biased == 0 ? 1 : biased) - 1075;  // |value| = m * 2^e
+    // 10^d < 2^b[d]: keep |value| * 10^d below 2^63 so that it fits the result.
+    static const int b[] = {0, 4, 7, 10, 14, 17, 20, 24, 27, 30, 34};
+    if (e + 53 + b[decimals] > 63) return false;
     const unsigned __int128 p = static_cast<unsigned __int128>(m) * kPow10[decimals];
     if (e >= 0) {
         scaled = static_cast<uint64_t>(p << e);

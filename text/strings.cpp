@@ -228,31 +228,53 @@ void SUBSTRING(TextRef out, std::string_view s, std::string_view delimiter, int3
     TRIMF(out, t.substr(cursor, static_cast<std::size_t>(end) - cursor));
 }
 
+namespace {
+
+// Byte classes of NUMBEROFNUMBERS.
+enum : unsigned char { kOther, kNumber, kComment, kSpace, kComma };
+
+struct ByteClasses {
+    unsigned char c[256] = {};
+    constexpr ByteClasses() {
+        for (int i = '0'; i <= '9'; ++i) c[i] = kNumber;
+        c['.'] = c['-'] = c['e'] = c['E'] = kNumber;
+        c['!'] = c['#'] = kComment;
+        c[' '] = c['\t'] = kSpace;
+        c[','] = kComma;
+    }
+};
+constexpr ByteClasses kClasses;
+
+}  // namespace
+
 int32_t NUMBEROFNUMBERS(std::string_view s) {
     s = trimmed(s);
     int32_t count = 0;
     bool inNumber = false, afterComma = false;
-    for (char c : s) {
-        if (isDigit(c) || c == '.' || c == '-' || c == 'e' || c == 'E') {
-            if (!inNumber) {
-                ++count;
-                inNumber = true;
-                afterComma = false;
-            }
-        } else if (c == '!' || c == '#') {
-            return count;
-        } else if (c == ' ' || c == '\t') {
-            inNumber = false;
-        } else if (c == ',') {
-            if (inNumber) {
+    for (char ch : s) {
+        switch (kClasses.c[static_cast<unsigned char>(ch)]) {
+            case kNumber:
+                if (!inNumber) {
+                    ++count;
+                    inNumber = true;
+                    afterComma = false;
+                }
+                break;
+            case kComment:
+                return count;
+            case kSpace:
                 inNumber = false;
+                break;
+            case kComma:
+                if (inNumber) {
+                    inNumber = false;
+                } else if (afterComma) {
+                    ++count;
+                }
                 afterComma = true;
-            } else {
-                if (afterComma) ++count;
-                afterComma = true;
-            }
-        } else {
-            return -count;
+                break;
+            default:
+                return -count;
         }
     }
     return count;
