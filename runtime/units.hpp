@@ -56,6 +56,10 @@ void OPENERDEFAULT(int32_t slot, int32_t& unit, std::string_view mode, std::stri
 void OPENERSTANDARD();
 // The open loop behind all of the above; `name` is changed in place.
 void OPENERCORE(int32_t& unit, TextRef name, std::string_view mode, std::string_view kind);
+// Turns an absolute path into a relative one in place ("C:\x" -> "C Drive\x",
+// "\\srv\x" -> "URL\srv\x"), as the copy mode mirrors folders. True when the
+// path had neither form and was left alone.
+bool DRIVEFOLDER(TextRef path);
 
 // Closing and queries.
 void CLOSER(int32_t& unit);
