@@ -66,6 +66,7 @@ bool fillInput() {
 
 void conWrite(std::string_view s) {
     ready();
+    if (s.empty()) return;
     if (s.size() > kOutCap - outLen) {
         conFlush();
         if (s.size() >= kOutCap) {

@@ -167,8 +167,11 @@ void syncGroup(int idx) {
     }
 }
 
+// Also after the other units of the file have gone: what they wrote on the
+// way out may still stand behind this unit's read-ahead.
 inline void sync(int idx) {
-    if (groups[files[idx].group].refs > 1) syncGroup(idx);
+    const Group& g = groups[files[idx].group];
+    if (g.refs > 1 || files[idx].seen != g.version) syncGroup(idx);
 }
 
 void startOutput(int idx) {
@@ -187,6 +190,7 @@ IoStatus writeRaw(int idx, const void* data, std::size_t n) {
     sync(idx);
     if (f.failed) return IoStatus::error;
     if (!f.dirty) startOutput(idx);
+    if (n == 0) return IoStatus::ok;
     if (n <= kBufCap - f.bufLen) {
         std::memcpy(buffers[idx] + f.bufLen, data, n);
         f.bufLen += n;
@@ -268,7 +272,8 @@ void seekTo(int idx, int64_t offset) {
 }
 
 // ---------------------------------------------------------------------------
-// Modes.
+// Modes. Every unit is buffered in the same way, so the block-size setting
+// has nothing left to change.
 
 enum class Access : uint8_t { readOnly, readWriteIfAllowed, replace, append, keep };
 
@@ -351,6 +356,14 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
             break;
     }
     if (fd < 0) return false;
+    if (fd <= 2) {
+        // Standard input, output or error was closed: keep their numbers free,
+        // so that a file never stands in for the console.
+        int high = ::fcntl(fd, F_DUPFD_CLOEXEC, 3);
+        ::close(fd);
+        if (high < 0) return false;
+        fd = high;
+    }
     struct stat st;
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
         ::close(fd);
@@ -388,7 +401,6 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
 IoStatus closeFile(int idx) {
     UnitFile& f = files[idx];
     if (f.fd < 0) return IoStatus::ok;
-    sync(idx);
     IoStatus st = flushOut(idx);
     if (f.failed) st = IoStatus::error;
     if (::close(f.fd) != 0) st = IoStatus::error;
@@ -504,11 +516,9 @@ void mirrorFolder(TextRef folder, std::string_view path) {
     folder.append(f.trimmed());
 }
 
-void makeMirrorFolder(std::string_view folder, bool forCopy) {
+void makeMirrorFolder(std::string_view folder) {
     if (platformMkdir(folder) != -1) return;
-    report(forCopy ? "ERROR 0006 - Could not copy the file below while making a copy of the input files."
-                   : "ERROR 0005 - Could not make the folder below while making a copy of the input files.",
-           true, true);
+    report("ERROR 0005 - Could not make the folder below while making a copy of the input files.", true, true);
     report("             Check permissions and/or sufficient disk space.", false, true);
     LineBuf<1100> t;
     t << '"' << trimmed(folder) << '"';
@@ -549,7 +559,7 @@ void copyInput(std::string_view openedName) {
     name.clear();
     name << openedName;
     mirrorFolder(folder, name.view());
-    makeMirrorFolder(folder.trimmed(), false);
+    makeMirrorFolder(folder.trimmed());
     if (fileUnitSettings.copyNamedFileOnly) {
         copyCommand(name.view(), folder.trimmed(), name.view());
     } else {
@@ -563,7 +573,7 @@ void copyInput(std::string_view openedName) {
             name << stem.trimmed();
             source.ref().append("..\\");
             mirrorFolder(folder, source);
-            makeMirrorFolder(folder.trimmed(), false);
+            makeMirrorFolder(folder.trimmed());
         }
         FILENAME(stem, name.view());
         from.clear();
@@ -577,7 +587,7 @@ void copyInput(std::string_view openedName) {
 void redirectOutput(TextRef name) {
     static NameText folder;
     mirrorFolder(folder, name.trimmed());
-    makeMirrorFolder(folder.trimmed(), false);
+    makeMirrorFolder(folder.trimmed());
     ADDFOLDER(name, folder.trimmed(), leafOf(name.trimmed()));
     fileUnitSettings.lastCopyName.ref().assign(name.trimmed());
 }
@@ -787,7 +797,7 @@ void OPENERFREE(int32_t& unit, std::string_view mode, std::string_view name, int
         if (fileUnitSettings.messageBoxMode) {
             platformMessageBox(text, fileUnitSettings.applicationName.trimmed(), BoxButtons::ok, BoxIcon::stop);
         } else {
-            report(text, true, false);
+            report(text, true, true);
             consolePause("Press Enter to Close");
         }
         // Stops at once: no closing of files, only what is written reaches the disk.
@@ -1077,7 +1087,7 @@ IoStatus unitWriteLine(int32_t unit, std::string_view s) {
     // The usual case: line and line end fit the buffer of a unit writing alone.
     if (f.dirty && !f.failed && groups[f.group].refs == 1 && s.size() + 2 <= kBufCap - f.bufLen) {
         char* d = buffers[idx] + f.bufLen;
-        std::memcpy(d, s.data(), s.size());
+        if (!s.empty()) std::memcpy(d, s.data(), s.size());
         d[s.size()] = '\r';
         d[s.size() + 1] = '\n';
         f.bufLen += s.size() + 2;
