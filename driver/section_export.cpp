@@ -239,13 +239,15 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         }
         gisO_.isPline = false;
 
-        // Surface points.
+        // Surface points. The ids stand in front of every record of the section.
+        Line ids;
+        idTexts(ids, rec);
         gisO_.isPoint = true;
         gisN = 1;
         for (int32_t i = 1; i <= n; ++i) {
             if (dropped[i]) continue;
             Line p;
-            idTexts(p, rec);
+            p.text(ids.view());
             p.text(",");
             p.fixed(12, 3, rec.surfZ[i]);
             p.text(",");
@@ -283,7 +285,7 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         if (rec.hasLevees && rec.leveeCount > 0 && n > 0) {
             for (int32_t j = 1; j <= rec.leveeCount; ++j) {
                 Line v;
-                idTexts(v, rec);
+                v.text(ids.view());
                 v.text(",");
                 v.fixed(12, 3, rec.leveeElevation[j]);
                 v.text(",");

@@ -78,8 +78,54 @@ char g_unquoted[kWorkCap + 8];
 
 }  // namespace
 
+namespace {
+
+constexpr double kExact10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                               1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// A plain decimal, [-]digits[.digits], as its digits without the point, the
+// number of digits behind the point and the sign. False for anything else or
+// for more than 19 digits.
+bool plainDecimal(std::string_view t, uint64_t& digits, int& scale, bool& negative) {
+    std::size_t i = 0;
+    negative = false;
+    if (i < t.size() && t[i] == '-') {
+        negative = true;
+        ++i;
+    }
+    digits = 0;
+    scale = 0;
+    int count = 0;
+    bool point = false;
+    for (; i < t.size(); ++i) {
+        const char c = t[i];
+        if (c >= '0' && c <= '9') {
+            if (++count > 19) return false;
+            digits = digits * 10 + static_cast<uint64_t>(c - '0');
+            if (point) ++scale;
+        } else if (c == '.' && !point) {
+            point = true;
+        } else {
+            return false;
+        }
+    }
+    return count > 0;
+}
+
+}  // namespace
+
 bool parseReal8(std::string_view token, double& v) {
-    // Most tokens are plain numbers that from_chars takes as they stand.
+    // Exact fast path: an integer below 2^53 and a power of ten up to 10^22 are
+    // both exact doubles, so one division is the correctly rounded value.
+    uint64_t digits;
+    int scale;
+    bool negative;
+    if (plainDecimal(token, digits, scale, negative) && digits < (uint64_t{1} << 53) && scale <= 22) {
+        const double r = static_cast<double>(digits) / kExact10[scale];
+        v = negative ? -r : r;
+        return true;
+    }
+    // Most other tokens are numbers that from_chars takes as they stand.
     if (!token.empty() && token[0] != '+') {
         double r;
         auto res = std::from_chars(token.data(), token.data() + token.size(), r, std::chars_format::general);
@@ -99,6 +145,15 @@ bool parseReal8(std::string_view token, double& v) {
 }
 
 bool parseReal4(std::string_view token, float& v) {
+    // The same for single precision: below 2^24 and up to 10^10 both are exact floats.
+    uint64_t digits;
+    int scale;
+    bool negative;
+    if (plainDecimal(token, digits, scale, negative) && digits < (uint64_t{1} << 24) && scale <= 10) {
+        const float r = static_cast<float>(digits) / static_cast<float>(kExact10[scale]);
+        v = negative ? -r : r;
+        return true;
+    }
     if (!token.empty() && token[0] != '+') {
         float r;
         auto res = std::from_chars(token.data(), token.data() + token.size(), r, std::chars_format::general);
@@ -183,13 +238,18 @@ FreeFormat::Item FreeFormat::next(std::string_view& token, bool& quoted) {
     if (c == '\'' || c == '"') {
         quoted = true;
         pos = scanQuoted(pos);
-    } else {
-        while (pos < s.size() && !isBlankOrTab(s[pos]) && s[pos] != ',' && s[pos] != '/') ++pos;
+    }
+    std::size_t star = std::string_view::npos;
+    if (!quoted) {
+        for (; pos < s.size(); ++pos) {
+            const char b = s[pos];
+            if (b == ' ' || b == ',' || b == '\t' || b == '/') break;
+            if (b == '*' && star == std::string_view::npos) star = pos - start;
+        }
     }
     token = s.substr(start, pos - start);
     // A repeat count: digits, a star, then the value (or nothing for nulls).
     if (!quoted) {
-        std::size_t star = token.find('*');
         if (star != std::string_view::npos && star > 0) {
             int64_t r = 0;
             if (parseInt8(token.substr(0, star), r) && r > 0 && isDigitByte(token[0]) && r < (1 << 30)) {

@@ -54,61 +54,62 @@ bool scaledFixed(double value, int decimals, uint64_t& scaled) {
 
 }  // namespace
 
+namespace {
+
+char* stars(char* out, int width) {
+    std::memset(out, '*', static_cast<std::size_t>(width));
+    return out + width;
+}
+
+// The field from the exact scaled integer, written from the right.
+char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_t scaled) {
+    int nd = 1;
+    for (uint64_t t = scaled; t >= 10; t /= 10) ++nd;
+    const int intDigits = nd > decimals ? nd - decimals : 1;  // a zero before the point at least
+    int len = (negative ? 1 : 0) + intDigits + 1 + decimals;
+    bool dropZero = false;
+    if (len == width + 1 && nd <= decimals) {
+        // Drop the zero before the point when that alone makes it fit.
+        dropZero = true;
+        --len;
+    }
+    if (len > width) return stars(out, width);
+    char* p = out + width;
+    for (int k = 0; k < decimals; ++k) {
+        *--p = static_cast<char>('0' + scaled % 10);
+        scaled /= 10;
+    }
+    *--p = '.';
+    if (!dropZero) {
+        do {
+            *--p = static_cast<char>('0' + scaled % 10);
+            scaled /= 10;
+        } while (scaled != 0);
+    }
+    if (negative) *--p = '-';
+    while (p > out) *--p = ' ';
+    return out + width;
+}
+
+}  // namespace
+
 char* putFixed(char* out, int width, int decimals, double value) {
     if (width < 1) return out;
     if (decimals < 0) decimals = 0;
-    char buf[128];
-    int n = -1;
+    if (!std::isfinite(value)) return stars(out, width);
     uint64_t scaled;
-    if (std::isfinite(value) && scaledFixed(value, decimals, scaled)) {
-        // Digits of the scaled integer, with the point put in front of the last `decimals`.
-        char digits[24];
-        auto r = std::to_chars(digits, digits + sizeof digits, scaled);
-        int nd = static_cast<int>(r.ptr - digits);
-        n = 0;
-        if (std::signbit(value)) buf[n++] = '-';
-        const int intDigits = nd > decimals ? nd - decimals : 0;
-        if (intDigits == 0) {
-            buf[n++] = '0';
-        } else {
-            std::memcpy(buf + n, digits, static_cast<std::size_t>(intDigits));
-            n += intDigits;
-        }
-        buf[n++] = '.';
-        for (int z = nd; z < decimals; ++z) buf[n++] = '0';
-        const int fracFrom = nd > decimals ? nd - decimals : 0;
-        std::memcpy(buf + n, digits + fracFrom, static_cast<std::size_t>(nd - fracFrom));
-        n += nd - fracFrom;
-    } else if (std::isfinite(value) && std::fabs(value) < 1e60 && decimals <= 60) {
-        // Anything of 1e60 or more can never fit a field of at most 64 bytes.
-        auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed, decimals);
-        if (r.ec == std::errc()) {
-            n = static_cast<int>(r.ptr - buf);
-            if (decimals == 0) buf[n++] = '.';  // the text still ends in the point
-        }
-    }
-    if (n < 0) {
-        std::memset(out, '*', static_cast<std::size_t>(width));
-        return out + width;
-    }
-    const char* s = buf;
-    if (n == width + 1) {
-        // Drop the zero before the point when that alone makes it fit.
-        if (s[0] == '0' && s[1] == '.') {
-            ++s;
-            --n;
-        } else if (s[0] == '-' && s[1] == '0' && s[2] == '.') {
-            buf[1] = '-';
-            ++s;
-            --n;
-        }
-    }
-    if (n > width) {
-        std::memset(out, '*', static_cast<std::size_t>(width));
-        return out + width;
-    }
+    if (scaledFixed(value, decimals, scaled)) return fixedFromScaled(out, width, decimals, std::signbit(value), scaled);
+    // Large values, or many decimals. Anything of 1e60 or more can never fit a
+    // field of at most 64 bytes.
+    if (std::fabs(value) >= 1e60 || decimals > 60) return stars(out, width);
+    char buf[128];
+    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed, decimals);
+    if (r.ec != std::errc()) return stars(out, width);
+    int n = static_cast<int>(r.ptr - buf);
+    if (decimals == 0) buf[n++] = '.';  // the text still ends in the point
+    if (n > width) return stars(out, width);
     std::memset(out, ' ', static_cast<std::size_t>(width - n));
-    std::memcpy(out + (width - n), s, static_cast<std::size_t>(n));
+    std::memcpy(out + (width - n), buf, static_cast<std::size_t>(n));
     return out + width;
 }
 

@@ -251,14 +251,17 @@ int32_t NUMBEROFNUMBERS(std::string_view s) {
     s = trimmed(s);
     int32_t count = 0;
     bool inNumber = false, afterComma = false;
-    for (char ch : s) {
-        switch (kClasses.c[static_cast<unsigned char>(ch)]) {
+    const std::size_t n = s.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        switch (kClasses.c[static_cast<unsigned char>(s[i])]) {
             case kNumber:
                 if (!inNumber) {
                     ++count;
                     inNumber = true;
                     afterComma = false;
                 }
+                // The rest of the value changes nothing.
+                while (i + 1 < n && kClasses.c[static_cast<unsigned char>(s[i + 1])] == kNumber) ++i;
                 break;
             case kComment:
                 return count;
