@@ -61,10 +61,57 @@ char* stars(char* out, int width) {
     return out + width;
 }
 
+constexpr uint64_t kPow10All[] = {1ull,
+                                  10ull,
+                                  100ull,
+                                  1000ull,
+                                  10000ull,
+                                  100000ull,
+                                  1000000ull,
+                                  10000000ull,
+                                  100000000ull,
+                                  1000000000ull,
+                                  10000000000ull,
+                                  100000000000ull,
+                                  1000000000000ull,
+                                  10000000000000ull,
+                                  100000000000000ull,
+                                  1000000000000000ull,
+                                  10000000000000000ull,
+                                  100000000000000000ull,
+                                  1000000000000000000ull,
+                                  10000000000000000000ull};
+
+// Decimal digits of x (1 for 0).
+int digitCount(uint64_t x) {
+    const int t = (std::bit_width(x) * 1233) >> 12;  // about log10(x)
+    return t - (x < kPow10All[t] ? 1 : 0) + 1;
+}
+
+constexpr char kPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes the last `count` digits of x in front of p, two at a time; returns the new front.
+char* digitsBefore(char* p, uint64_t& x, int count) {
+    for (; count >= 2; count -= 2) {
+        const auto r = static_cast<unsigned>(x % 100);
+        x /= 100;
+        p -= 2;
+        p[0] = kPairs[2 * r];
+        p[1] = kPairs[2 * r + 1];
+    }
+    if (count == 1) {
+        *--p = static_cast<char>('0' + x % 10);
+        x /= 10;
+    }
+    return p;
+}
+
 // The field from the exact scaled integer, written from the right.
 char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_t scaled) {
-    int nd = 1;
-    for (uint64_t t = scaled; t >= 10; t /= 10) ++nd;
+    const int nd = digitCount(scaled);
     const int intDigits = nd > decimals ? nd - decimals : 1;  // a zero before the point at least
     int len = (negative ? 1 : 0) + intDigits + 1 + decimals;
     bool dropZero = false;
@@ -74,20 +121,11 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
         --len;
     }
     if (len > width) return stars(out, width);
-    char* p = out + width;
-    for (int k = 0; k < decimals; ++k) {
-        *--p = static_cast<char>('0' + scaled % 10);
-        scaled /= 10;
-    }
+    char* p = digitsBefore(out + width, scaled, decimals);
     *--p = '.';
-    if (!dropZero) {
-        do {
-            *--p = static_cast<char>('0' + scaled % 10);
-            scaled /= 10;
-        } while (scaled != 0);
-    }
+    if (!dropZero) p = digitsBefore(p, scaled, intDigits);
     if (negative) *--p = '-';
-    while (p > out) *--p = ' ';
+    std::memset(out, ' ', static_cast<std::size_t>(p - out));
     return out + width;
 }
 
