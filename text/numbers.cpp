@@ -18,6 +18,20 @@ constexpr uint64_t kPow10[] = {1ull,          10ull,          100ull,          1
 // to_chars gives, at a fraction of the cost. False when out of its range.
 bool scaledFixed(double value, int decimals, uint64_t& scaled) {
     if (decimals > 10) return false;
+    // Quick path: t = |value| * 10^d rounded once. The exact product lies within
+    // |t| * 2^-53 of t, so when t is farther than that from a tie, its nearest
+    // integer is the exact product's nearest integer.
+    {
+        const double t = std::fabs(value) * static_cast<double>(kPow10[decimals]);
+        if (t < 4503599627370496.0) {                              // 2^52
+            const double r = (t + 4503599627370496.0) - 4503599627370496.0;  // to nearest, ties to even
+            const double off = std::fabs(t - r);
+            if (off < 0.5 - t * 2.3e-16) {
+                scaled = static_cast<uint64_t>(r);
+                return true;
+            }
+        }
+    }
     const auto bits = std::bit_cast<uint64_t>(value);
     const int biased = static_cast<int>((bits >> 52) & 0x7FF);
     uint64_t m = bits & ((uint64_t{1} << 52) - 1);
