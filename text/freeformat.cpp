@@ -279,7 +279,46 @@ FreeFormat::Item FreeFormat::next(std::string_view& token, bool& quoted) {
     return Item::value;
 }
 
+bool FreeFormat::quickDecimal(uint64_t& digits, int& scale, bool& negative, std::size_t& end) const {
+    if (stopped || repeatLeft > 0) return false;
+    const char* p = s.data() + pos;
+    const char* const e = s.data() + s.size();
+    while (p < e && (*p == ' ' || *p == '\t')) ++p;
+    negative = p < e && *p == '-';
+    if (negative) ++p;
+    uint64_t d = 0;
+    const char* const first = p;
+    while (p < e && static_cast<unsigned char>(*p - '0') < 10) d = d * 10 + static_cast<uint64_t>(*p++ - '0');
+    int count = static_cast<int>(p - first);
+    scale = 0;
+    if (p < e && *p == '.') {
+        const char* const frac = ++p;
+        while (p < e && static_cast<unsigned char>(*p - '0') < 10) d = d * 10 + static_cast<uint64_t>(*p++ - '0');
+        scale = static_cast<int>(p - frac);
+        count += scale;
+    }
+    // More than 19 digits may have overflowed: leave those to the general road.
+    if (count == 0 || count > 19) return false;
+    // It must end at a separator, which is taken as next() would take it.
+    if (p < e && *p != ' ' && *p != '\t' && *p != ',') return false;
+    while (p < e && (*p == ' ' || *p == '\t')) ++p;
+    if (p < e && *p == ',') ++p;
+    digits = d;
+    end = static_cast<std::size_t>(p - s.data());
+    return true;
+}
+
 ReadResult FreeFormat::real8(double& v) {
+    uint64_t digits;
+    int scale;
+    bool negative;
+    std::size_t end;
+    if (quickDecimal(digits, scale, negative, end) && digits < (uint64_t{1} << 53) && scale <= 22) {
+        pos = end;
+        const double r = static_cast<double>(digits) / kExact10[scale];
+        v = negative ? -r : r;
+        return ReadResult::ok;
+    }
     std::string_view t;
     bool q = false;
     switch (next(t, q)) {
@@ -293,6 +332,16 @@ ReadResult FreeFormat::real8(double& v) {
 }
 
 ReadResult FreeFormat::real4(float& v) {
+    uint64_t digits;
+    int scale;
+    bool negative;
+    std::size_t end;
+    if (quickDecimal(digits, scale, negative, end) && digits < (uint64_t{1} << 24) && scale <= 10) {
+        pos = end;
+        const float r = static_cast<float>(digits) / static_cast<float>(kExact10[scale]);
+        v = negative ? -r : r;
+        return ReadResult::ok;
+    }
     std::string_view t;
     bool q = false;
     switch (next(t, q)) {

@@ -38,6 +38,10 @@ struct FreeFormat {
     Item next(std::string_view& token, bool& quoted);
 
 private:
+    // A plain decimal at the current position, read in one pass with its
+    // separator; `end` is where the next value starts. False for anything else.
+    bool quickDecimal(uint64_t& digits, int& scale, bool& negative, std::size_t& end) const;
+
     std::string_view s;
     std::size_t pos = 0;
     bool stopped = false;  // a slash was met

@@ -139,7 +139,7 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
     *--p = '.';
     if (!dropZero) p = digitsBefore(p, scaled, intDigits);
     if (negative) *--p = '-';
-    std::memset(out, ' ', static_cast<std::size_t>(p - out));
+    while (p > out) *--p = ' ';
     return out + width;
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 #include "text/freeformat.hpp"
@@ -83,6 +84,41 @@ TEST(FreeFormat, TextValues) {
     }
     Text<50> t;
     EXPECT_EQ(FreeFormat("   ").text(t), ReadResult::end);
+}
+
+}  // namespace
+
+namespace {
+
+// Plain decimals take a quicker road than other numbers; both must read the
+// same values, and a value the quick road declines must not be skipped.
+TEST(FreeFormat, QuickAndGeneralRoadsAgree) {
+    const char* lines[] = {"16777217 2",      "0.1 0.2",         "-0.0 5",           "123456789012345678 1",
+                           "1.5e3 7",         "12345678901234567890123 1", "00.000100 9", "7. 8",
+                           "352025.4900 6254930.4680", "-1.25,  3 , 4"};
+    for (const char* l : lines) {
+        double a = 0, b = 0;
+        FreeFormat f(l);
+        ASSERT_EQ(f.real8(a), ReadResult::ok) << l;
+        ASSERT_EQ(f.real8(b), ReadResult::ok) << l;
+        std::string_view sv(l);
+        std::size_t cut = sv.find_first_of(" ,");
+        double wa = 0;
+        ASSERT_TRUE(parseReal8(sv.substr(0, cut), wa)) << l;
+        EXPECT_EQ(std::signbit(a), std::signbit(wa)) << l;
+        EXPECT_EQ(a, wa) << l;
+        float fa = 0, fb = 0, wf = 0;
+        FreeFormat g(l);
+        ASSERT_EQ(g.real4(fa), ReadResult::ok) << l;
+        ASSERT_EQ(g.real4(fb), ReadResult::ok) << l;
+        ASSERT_TRUE(parseReal4(sv.substr(0, cut), wf)) << l;
+        EXPECT_EQ(fa, wf) << l;
+        EXPECT_EQ(static_cast<double>(fb), static_cast<double>(static_cast<float>(b))) << l;
+    }
+    double x = 0;
+    EXPECT_EQ(readReal8("1.5x", x), ReadResult::bad);
+    EXPECT_EQ(readReal8("1/", x), ReadResult::ok);  // a slash behind a value ends the list
+    EXPECT_EQ(x, 1.0);
 }
 
 }  // namespace
