@@ -34,8 +34,8 @@ struct SlotTable {
 SlotTable gSlots;       // for dbfdataline
 SlotTable gSlotsLarge;  // for dbfdatalinelarge
 
-// One record: the deletion byte is written on its own, the fields here.
-char gRecord[65536];
+// One record: the deletion byte and the fields, written at once.
+char gRecord[1 + 65536];
 
 void putLE16(unsigned char* p, int32_t v) {
     p[0] = static_cast<unsigned char>(v & 0xFF);
@@ -90,8 +90,7 @@ bool splitLine(std::string_view line, SlotTable& table, int count) {
 
 void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, bool large) {
     const std::string_view writeFailed = large ? "ERROR 0417 - Writing large .dbf record." : "ERROR 0417 - Writing .dbf record.";
-    const char deletion = ' ';
-    if (unitWriteBytes(dbf.dbfUnit, &deletion, 1) != IoStatus::ok) gisStopMessage(writeFailed);
+    gRecord[0] = ' ';  // not deleted
 
     const int count = std::min(dbf.fieldCount, kDbfMaxFields);
     if (!splitLine(line, table, count)) {
@@ -101,10 +100,13 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
         gisMessageOut(1);
         EXITS();
     }
-    std::size_t at = 0;
+    std::size_t at = 1;
     for (int f = 1; f <= count; ++f) {
         const int w = std::clamp(dbf.widths[f], 0, kSlotCap - 1);
-        const int n = trimmedLength(table.slot[f].full().substr(0, static_cast<std::size_t>(w)));
+        // The first w bytes without their trailing blanks; the slot's own
+        // trimmed length bounds them, so the padding is never scanned.
+        const int held = std::min(table.slot[f].len(), w);
+        const int n = trimmedLength(table.slot[f].full().substr(0, static_cast<std::size_t>(held)));
         char* p = gRecord + at;
         if (dbf.types[f] == 'C' || dbf.types[f] == 'c') {
             std::memcpy(p, table.slot[f].b, static_cast<std::size_t>(n));
@@ -116,7 +118,7 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
         }
         at += static_cast<std::size_t>(w);
     }
-    if (at > 0 && unitWriteBytes(dbf.dbfUnit, gRecord, at) != IoStatus::ok) gisStopMessage(writeFailed);
+    if (unitWriteBytes(dbf.dbfUnit, gRecord, at) != IoStatus::ok) gisStopMessage(writeFailed);
 }
 
 struct FieldMapping {

@@ -3,6 +3,8 @@
 // little-endian.
 #include "gis/shp/shp_writer.hpp"
 
+#include <bit>
+#include <cstdint>
 #include <limits>
 
 #include "gis/dbf/dbf_writer.hpp"
@@ -19,24 +21,48 @@ constexpr bool kLittle = false;
 // the 64-bit bit patterns are 0x4626B81D20000000 and its negative.
 constexpr double kBoxStart = static_cast<double>(9.0e29f);
 
-// Values through one unit in a stated byte order, remembering failure.
+// Values through one unit in a stated byte order, remembering failure. The
+// bytes gather in a small buffer of their own and go to the unit in blocks;
+// send() (or seek, rewind, flush) hands over what is pending.
 struct BinOut {
+    explicit BinOut(int32_t u) : unit(u) {}
+
     int32_t unit;
     bool ok = true;
+    std::size_t n = 0;
+    unsigned char buf[4096];
 
+    void room(std::size_t k) {
+        if (n + k > sizeof buf) send();
+    }
     void i32(int32_t v, bool bigEndian) {
-        if (unitWriteI32As(unit, v, bigEndian) != IoStatus::ok) ok = false;
+        room(4);
+        const auto u = static_cast<uint32_t>(v);
+        for (int i = 0; i < 4; ++i) buf[n + static_cast<std::size_t>(i)] =
+            static_cast<unsigned char>(u >> (bigEndian ? 24 - 8 * i : 8 * i));
+        n += 4;
     }
     void f64(double v, bool bigEndian) {
-        if (unitWriteF64As(unit, v, bigEndian) != IoStatus::ok) ok = false;
+        room(8);
+        const auto u = std::bit_cast<uint64_t>(v);
+        for (int i = 0; i < 8; ++i) buf[n + static_cast<std::size_t>(i)] =
+            static_cast<unsigned char>(u >> (bigEndian ? 56 - 8 * i : 8 * i));
+        n += 8;
+    }
+    void send() {
+        if (n > 0 && unitWriteBytes(unit, buf, n) != IoStatus::ok) ok = false;
+        n = 0;
     }
     void seek(int64_t offset) {
+        send();
         if (unitSeek(unit, offset) != IoStatus::ok) ok = false;
     }
     void rewind() {
+        send();
         if (unitRewind(unit) != IoStatus::ok) ok = false;
     }
     void flush() {
+        send();
         if (unitFlush(unit) != IoStatus::ok) ok = false;
     }
 };
@@ -59,6 +85,7 @@ void writeFileHeader(GisShpState& s, int32_t unitLE, int32_t unitBE, int32_t str
     out.f64(s.xmax, kLittle);
     out.f64(s.ymax, kLittle);
     for (int i = 0; i < 4; ++i) out.f64(0.0, kLittle);
+    out.send();
     if (!out.ok) gisStopMessage("ERROR 0437 - Writing .shp file header.");
 }
 
@@ -137,6 +164,8 @@ void writeRecord(GisObject& o, GisShpState& s) {
         if (xmax > s.xmax) s.xmax = xmax;
         if (ymax > s.ymax) s.ymax = ymax;
     }
+    shp.send();
+    shx.send();
     if (!shp.ok || !shx.ok) gisStopMessage("ERROR 0439 - Writing .shp file object coordinates.");
 }
 
