@@ -107,20 +107,26 @@ constexpr char kPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
-// Writes the last `count` digits of x in front of p, two at a time; returns the new front.
-char* digitsBefore(char* p, uint64_t& x, int count) {
-    for (; count >= 2; count -= 2) {
-        const auto r = static_cast<unsigned>(x % 100);
-        x /= 100;
-        p -= 2;
-        p[0] = kPairs[2 * r];
-        p[1] = kPairs[2 * r + 1];
-    }
-    if (count == 1) {
-        *--p = static_cast<char>('0' + x % 10);
-        x /= 10;
-    }
-    return p;
+inline void pairAt(char* d, uint32_t v) {
+    d[0] = kPairs[2 * v];
+    d[1] = kPairs[2 * v + 1];
+}
+inline void fourAt(char* d, uint32_t v) {
+    pairAt(d, v / 100);
+    pairAt(d + 2, v % 100);
+}
+inline void eightAt(char* d, uint32_t v) {
+    fourAt(d, v / 10000);
+    fourAt(d + 4, v % 10000);
+}
+
+// x as exactly 20 digits with leading zeros. Split into independent 8-digit
+// halves, so that the divisions do not wait on one another.
+void twentyDigits(char* d, uint64_t x) {
+    const uint64_t low16 = x % 10000000000000000ull;
+    fourAt(d, static_cast<uint32_t>(x / 10000000000000000ull));
+    eightAt(d + 4, static_cast<uint32_t>(low16 / 100000000));
+    eightAt(d + 12, static_cast<uint32_t>(low16 % 100000000));
 }
 
 // The field from the exact scaled integer, written from the right.
@@ -135,9 +141,14 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
         --len;
     }
     if (len > width) return stars(out, width);
-    char* p = digitsBefore(out + width, scaled, decimals);
+    char d[20];
+    twentyDigits(d, scaled);
+    char* p = out + width;
+    const char* q = d + 20;
+    for (int k = 0; k < decimals; ++k) *--p = *--q;
     *--p = '.';
-    if (!dropZero) p = digitsBefore(p, scaled, intDigits);
+    if (!dropZero)
+        for (int k = 0; k < intDigits; ++k) *--p = *--q;
     if (negative) *--p = '-';
     while (p > out) *--p = ' ';
     return out + width;
