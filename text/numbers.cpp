@@ -107,29 +107,26 @@ constexpr char kPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
-inline void pairAt(char* d, uint32_t v) {
-    d[0] = kPairs[2 * v];
-    d[1] = kPairs[2 * v + 1];
-}
-inline void fourAt(char* d, uint32_t v) {
-    pairAt(d, v / 100);
-    pairAt(d + 2, v % 100);
-}
-inline void eightAt(char* d, uint32_t v) {
-    fourAt(d, v / 10000);
-    fourAt(d + 4, v % 10000);
-}
-
-// x as exactly 20 digits with leading zeros. Split into independent 8-digit
-// halves, so that the divisions do not wait on one another.
-void twentyDigits(char* d, uint64_t x) {
-    const uint64_t low16 = x % 10000000000000000ull;
-    fourAt(d, static_cast<uint32_t>(x / 10000000000000000ull));
-    eightAt(d + 4, static_cast<uint32_t>(low16 / 100000000));
-    eightAt(d + 12, static_cast<uint32_t>(low16 % 100000000));
+// Writes exactly `count` digits of v (leading zeros as needed) in front of
+// p, two at a time; returns the new front. 32-bit arithmetic while it fits.
+template <typename U>
+char* digitsBefore(char* p, U v, int count) {
+    for (; count >= 2; count -= 2) {
+        const auto r = static_cast<unsigned>(v % 100);
+        v /= 100;
+        p -= 2;
+        std::memcpy(p, kPairs + 2 * r, 2);
+    }
+    if (count == 1) *--p = static_cast<char>('0' + v % 10);
+    return p;
 }
 
-// The field from the exact scaled integer, written from the right.
+char* digitsBefore64(char* p, uint64_t v, int count) {
+    return v <= UINT32_MAX ? digitsBefore(p, static_cast<uint32_t>(v), count) : digitsBefore(p, v, count);
+}
+
+// The field from the exact scaled integer, written from the right straight
+// into place: the decimals and the whole part do not depend on each other.
 char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_t scaled) {
     const int nd = digitCount(scaled);
     const int intDigits = nd > decimals ? nd - decimals : 1;  // a zero before the point at least
@@ -141,14 +138,11 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
         --len;
     }
     if (len > width) return stars(out, width);
-    char d[20];
-    twentyDigits(d, scaled);
-    char* p = out + width;
-    const char* q = d + 20;
-    for (int k = 0; k < decimals; ++k) *--p = *--q;
+    const uint64_t whole = scaled / kPow10All[decimals];
+    const uint64_t part = scaled - whole * kPow10All[decimals];
+    char* p = digitsBefore64(out + width, part, decimals);
     *--p = '.';
-    if (!dropZero)
-        for (int k = 0; k < intDigits; ++k) *--p = *--q;
+    if (!dropZero) p = digitsBefore64(p, whole, intDigits);
     if (negative) *--p = '-';
     while (p > out) *--p = ' ';
     return out + width;
