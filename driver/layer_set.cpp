@@ -1,6 +1,6 @@
 #include "driver/layer_set.hpp"
 
-#include "driver/messages.hpp"
+#include "text/linebuf.hpp"
 #include "gis/gis.hpp"
 
 namespace {

@@ -4,7 +4,7 @@
 #include "driver/run.hpp"
 
 #include "driver/layer_set.hpp"
-#include "driver/messages.hpp"
+#include "text/linebuf.hpp"
 #include "driver/sdf_scan.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"

@@ -1,6 +1,6 @@
 #include "driver/sdf_scan.hpp"
 
-#include "driver/messages.hpp"
+#include "text/linebuf.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"

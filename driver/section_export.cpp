@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "driver/messages.hpp"
+#include "text/linebuf.hpp"
 #include "geometry/plane.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -28,32 +28,14 @@ Text<1000> csvName;
 
 // A record line is built here and then copied into gisRecordLine, which
 // cuts it at its capacity.
-struct Line {
-    char b[4096];
-    std::size_t n = 0;
-    void text(std::string_view s) {
-        std::size_t k = s.size() < sizeof b - n ? s.size() : sizeof b - n;
-        std::memcpy(b + n, s.data(), k);
-        n += k;
-    }
-    void quoted(std::string_view s) {
-        text("\"");
-        text(s);
-        text("\"");
-    }
-    void fixed(int w, int d, double v) {
-        if (sizeof b - n < static_cast<std::size_t>(w)) return;
-        n = static_cast<std::size_t>(putFixed(b + n, w, d, v) - b);
-    }
-    std::string_view view() const { return {b, n}; }
-};
+using Line = LineBuf<4096>;
 
 // "streamId","reachId","stationText" of the section.
 void idTexts(Line& l, const SectionRecord& rec) {
     l.quoted(rec.streamId.trimmed());
-    l.text(",");
+    l << ",";
     l.quoted(rec.reachId.trimmed());
-    l.text(",");
+    l << ",";
     l.quoted(rec.stationText.trimmed());
 }
 
@@ -222,15 +204,15 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         gisN = kept;
         Line l;
         l.quoted(csvName.trimmed());
-        l.text(",\"xz\",");
+        l << ",\"xz\",";
         l.quoted(rec.hasNValues ? "n" : "");
-        l.text(",\"\",\"\",\"\",\"\",\"\",\"\",");
+        l << ",\"\",\"\",\"\",\"\",\"\",\"\",";
         l.fixed(12, 3, 0.0);
-        l.text(",");
+        l << ",";
         l.fixed(8, 3, 0.0);
-        l.text(",");
+        l << ",";
         l.fixed(8, 3, 0.0);
-        l.text(",\"\"");
+        l << ",\"\"";
         if (gisN >= 2) {
             writeTo(surfLineLayer, l);
         } else {
@@ -247,10 +229,10 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         for (int32_t i = 1; i <= n; ++i) {
             if (dropped[i]) continue;
             Line p;
-            p.text(ids.view());
-            p.text(",");
+            p << ids.view();
+            p << ",";
             p.fixed(12, 3, rec.surfZ[i]);
-            p.text(",");
+            p << ",";
             p.fixed(8, 4, pointN[i]);
             gisX[1] = rec.surfX[i];
             gisY[1] = rec.surfY[i];
@@ -261,21 +243,21 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         if (n >= 1) {
             Line e;
             e.fixed(12, 4, rec.surfZ[1]);
-            e.text(",");
+            e << ",";
             e.fixed(8, 4, 0.0);
-            e.text(",");
+            e << ",";
             e.fixed(10, 3, 0.0);
-            e.text(",\"\"");
+            e << ",\"\"";
             gisX[1] = rec.surfX[1];
             gisY[1] = rec.surfY[1];
             writeTo(endPtsLayer, e);
             Line f;
             f.fixed(12, 3, rec.surfZ[n]);
-            f.text(",");
+            f << ",";
             f.fixed(8, 4, 0.0);
-            f.text(",");
+            f << ",";
             f.fixed(10, 3, 0.0);
-            f.text(",\"\"");
+            f << ",\"\"";
             gisX[1] = rec.surfX[n];
             gisY[1] = rec.surfY[n];
             writeTo(endPtsLayer, f);
@@ -285,11 +267,11 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         if (rec.hasLevees && rec.leveeCount > 0 && n > 0) {
             for (int32_t j = 1; j <= rec.leveeCount; ++j) {
                 Line v;
-                v.text(ids.view());
-                v.text(",");
+                v << ids.view();
+                v << ",";
                 v.fixed(12, 3, rec.leveeElevation[j]);
-                v.text(",");
-                v.text(rec.leveeName[j].trimmed());
+                v << ",";
+                v << rec.leveeName[j].trimmed();
                 gisX[1] = leveeX[j];
                 gisY[1] = leveeY[j];
                 writeTo(leveePtsLayer, v);

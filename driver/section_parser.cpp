@@ -1,6 +1,6 @@
 // The section phase: gathers the blocks of each cross-section into
 // sectionRecord and hands it over at the section's END: line.
-#include "driver/messages.hpp"
+#include "text/linebuf.hpp"
 #include "driver/sdf_scan.hpp"
 #include "driver/section_export.hpp"
 #include "runtime/console.hpp"

@@ -8,14 +8,10 @@
 #include <string_view>
 
 #include "gis/model/gis_model.hpp"
+#include "text/linebuf.hpp"
 
 // A report line built from pieces, cut at its capacity.
-struct GisLine {
-    char b[2048];
-    std::size_t n = 0;
-    GisLine& operator<<(std::string_view s);
-    std::string_view view() const { return {b, n}; }
-};
+using GisLine = LineBuf<2048>;
 
 // True when gisID names no slot of the table.
 inline bool gisBadId(int32_t gisID) { return gisID < 1 || gisID > kGisMaxLayers; }

@@ -49,13 +49,6 @@ int32_t gisLogUnit = 0;
 Text<1000> gisMessageLine[5];
 
 // ---- Helpers ---------------------------------------------------------------
-GisLine& GisLine::operator<<(std::string_view s) {
-    std::size_t k = std::min(s.size(), sizeof b - n);
-    if (k > 0) std::memcpy(b + n, s.data(), k);
-    n += k;
-    return *this;
-}
-
 void gisReport(int32_t blankLines, std::string_view line) {
     for (int32_t i = 0; i < blankLines; ++i) conBlank();
     conLine(line);

@@ -1,5 +1,0 @@
-#include "driver/messages.hpp"
-
-namespace detail {
-char lineTextBuffer[kLineTextCap];
-}
