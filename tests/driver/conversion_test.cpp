@@ -346,3 +346,53 @@ TEST(Conversion, NamesAndEmptyLayers) {
 }
 
 }  // namespace
+
+namespace {
+
+// The whole console transcript of a small run, line by line: the banner, the
+// projection and input files with their units, each layer opened with its
+// files, the scanning log, the section's .csv, the closes and the pause.
+TEST(Conversion, WholeTranscriptOfASmallMifRun) {
+    fs::path d = scratch("transcript");
+    projectionFiles(d);
+    writeFile(d / "tiny.sdf", sectionA());
+    RunResult r = reachmap(d, {"-mif", "tiny.sdf"});
+    std::vector<std::string> want = {
+        "", "Build 2023-01-AA", "", "", "Found  3 arguments", "", "Trying to open file Header.mif...OK.",
+        "Opened File Unit:1001", "", "Using Header.mif for setting projection.", "", "mif Projection: " + kCoordSys,
+        "", "Trying to open file tiny.sdf...OK.", "Opened File Unit:1002", "Opening GIS Layer: tiny.sdf_streams.mif",
+        "GIS Layer assigned ID of 1", "", "Trying to open file tiny.sdf_streams.mif...OK.  File Unit:1003", "",
+        "Trying to open file tiny.sdf_streams.mid...OK.  File Unit:1004", "", "Processing Stream Centrelines", "", "",
+        "Found start of reach block on line 3", "", "Found CENTERLINE on line 6", "",
+        "Found ENDSTREAMNETWORK on line 10", "", "Closing GIS Layer 1 [tiny.sdf_streams.mif]...",
+        "...Closed File Unit:1003", "...Closed File Unit:1004"};
+    // The five section layers take ids 1 to 5 and units from 1003 on, two each.
+    const char* layers[] = {"tiny_surf_pts", "2d_zsh_tiny_end_pts", "1d_xs_tiny_surf_line", "tiny_cut_line",
+                            "tiny_levee_pts"};
+    for (int i = 0; i < 5; ++i) {
+        const std::string name = layers[i];
+        want.push_back("Opening GIS Layer: " + name + ".mif");
+        want.push_back("GIS Layer assigned ID of " + std::to_string(i + 1));
+        for (const char* ext : {".mif", ".mid"}) {
+            want.push_back("");
+            want.push_back("Trying to open file " + name + ext + "...OK.  File Unit:" +
+                           std::to_string(1003 + 2 * i + (std::string(ext) == ".mid" ? 1 : 0)));
+        }
+    }
+    for (const char* l : {"", "Found BEGIN CROSS-SECTIONS: on line 11", "", "Found new cross-section on line 12", "",
+                          "Found LEVEE POSITIONS on line 22", "", "Found SURFACE LINE on line 25", "",
+                          "End of section processing... ", "", "Trying to open file S1_R1_50.csv...OK.  File Unit:1013",
+                          "...Closed File Unit:1013", "", "Found END CROSS-SECTIONS on line 32"})
+        want.push_back(l);
+    for (int i = 0; i < 5; ++i) {
+        want.push_back("");
+        want.push_back("Closing GIS Layer " + std::to_string(i + 1) + " [" + layers[i] + ".mif]...");
+        want.push_back("...Closed File Unit:" + std::to_string(1003 + 2 * i));
+        want.push_back("...Closed File Unit:" + std::to_string(1004 + 2 * i));
+    }
+    for (const char* l : {"", "Finished.", "", "Press Enter to Close"}) want.push_back(l);
+    EXPECT_EQ(lines(r.out), want) << r.out;
+    EXPECT_EQ(r.err, "");
+}
+
+}  // namespace
