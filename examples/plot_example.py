@@ -130,7 +130,7 @@ def main():
     bx1, by1 = detail(box[2], box[1])
     out.append(f'<rect x="{bx0:.1f}" y="{by0:.1f}" width="{bx1 - bx0:.1f}" height="{by1 - by0:.1f}" '
                'fill="none" stroke="#cccccc"/>')
-    out.append(f'<text x="480" y="24" font-size="14" font-weight="bold">Section {html.escape(station)}</text>')
+    out.append(f'<text x="480" y="24" font-size="14" font-weight="bold">The section at station {html.escape(station)}</text>')
     out.append(f'<clipPath id="detail"><rect x="{bx0:.1f}" y="{by0:.1f}" width="{bx1 - bx0:.1f}" '
                f'height="{by1 - by0:.1f}"/></clipPath><g clip-path="url(#detail)">')
     draw(detail, inside)
