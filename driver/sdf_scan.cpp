@@ -40,12 +40,12 @@ void takeValue(TextRef out) {
     out.assign(t.substr(colon + 1));
 }
 
-namespace {
-
 void logLine(std::string_view what, int32_t n) {
     conBlank();
     conLine(lineText(what, n));
 }
+
+namespace {
 
 [[noreturn]] void badVertexLine(ReadResult r) {
     conBlank();

@@ -49,9 +49,14 @@ struct SectionRecord {
 };
 extern SectionRecord sectionRecord;
 
-// Reads the next line into textLine and counts it. The end of the file (or a
-// failed read) inside a block is an orderly stop that names `where`.
+// Reads the next line into `line` and counts it in `lineNo`. The end of the
+// file (or a failed read) inside a block is an orderly stop that names `where`.
+void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);
+// The same for the scanner's own textLine and lineNumber.
 void readSdfLine(std::string_view where);
+
+// A log line of the scan: an empty line, then `what` and the line number.
+void logLine(std::string_view what, int32_t n);
 
 // The value behind the first colon of textLine, trailing blanks cut; leading
 // blanks stay part of it.

@@ -9,14 +9,7 @@
 #include "text/freeformat.hpp"
 #include "text/strings.hpp"
 
-void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);
-
 namespace {
-
-void logLine(std::string_view what, int32_t n) {
-    conBlank();
-    conLine(lineText(what, n));
-}
 
 [[noreturn]] void badRow(std::string_view routine, TextRef line) {
     conBlank();
