@@ -59,10 +59,13 @@ inline fs::path scratch(const std::string& name) {
 }
 
 // Runs reachmap in `dir` with `args`; standard input is `input` (empty: closed
-// at once, as with no person at the console).
-inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& args, const std::string& input = "") {
+// at once, as with no person at the console). With `seconds` above 0 a run
+// that takes longer is killed (status 124).
+inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& args, const std::string& input = "",
+                          int seconds = 0) {
     writeFile(dir / ".stdin", input);
-    std::string cmd = "cd " + quote(dir.string()) + " && " + quote(REACHMAP_EXE);
+    std::string cmd = "cd " + quote(dir.string()) + " && " + (seconds > 0 ? "timeout " + std::to_string(seconds) + " " : "") +
+                      quote(REACHMAP_EXE);
     for (const auto& a : args) cmd += " " + quote(a);
     cmd += " < .stdin > .stdout 2> .stderr";
     RunResult r;
