@@ -396,3 +396,28 @@ TEST(Conversion, WholeTranscriptOfASmallMifRun) {
 }
 
 }  // namespace
+
+namespace {
+
+// With a folder in the name, all six layers lie beside the SDF file (the
+// "2d_zsh_" and "1d_xs_" prefixes go in front of the file's own name), the
+// projection comes from that folder and the .csv files from the current one.
+// A Windows-style separator works as well.
+TEST(Conversion, FileInAFolder) {
+    for (const char* name : {"data/river.sdf", "data\\river.sdf"}) {
+        fs::path d = scratch(std::string("folder_") + (name[4] == '/' ? "slash" : "backslash"));
+        fs::create_directories(d / "data");
+        projectionFiles(d / "data");
+        writeFile(d / "data" / "river.sdf", sectionA());
+        RunResult r = reachmap(d, {"-shp", name});
+        EXPECT_TRUE(linesInOrder(r.out, {"GIS Projection being extracted from " + std::string(name).substr(0, 5) + "Header.prj",
+                                         "Finished."}))
+            << r.out;
+        for (const char* stem : {"river.sdf_streams_L", "river_surf_pts_P", "2d_zsh_river_end_pts_P",
+                                 "1d_xs_river_surf_line_L", "river_cut_line_L", "river_levee_pts_P"})
+            EXPECT_TRUE(fs::exists(d / "data" / (std::string(stem) + ".shp"))) << name << " " << stem;
+        EXPECT_TRUE(fs::exists(d / "S1_R1_50.csv")) << name;
+    }
+}
+
+}  // namespace
