@@ -9,15 +9,15 @@ import os
 import sys
 
 
-def main():
-    src, ref, dst = sys.argv[1:4]
+def copy_floor(src, ref, dst, names=None):
+    """Reads src once and copies each file of `names` (all of ref) into dst."""
     os.makedirs(dst, exist_ok=True)
     buf = bytearray(1 << 20)
     view = memoryview(buf)
     with open(src, "rb", buffering=0) as f:
         while f.readinto(buf):
             pass
-    for name in os.listdir(ref):
+    for name in os.listdir(ref) if names is None else names:
         with open(os.path.join(ref, name), "rb", buffering=0) as a, \
                 open(os.path.join(dst, name), "wb", buffering=0) as b:
             while True:
@@ -25,6 +25,10 @@ def main():
                 if not n:
                     break
                 b.write(view[:n])
+
+
+def main():
+    copy_floor(*sys.argv[1:4])
 
 
 if __name__ == "__main__":

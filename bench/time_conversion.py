@@ -18,6 +18,8 @@ import subprocess
 import tempfile
 import time
 
+from copy_floor import copy_floor
+
 PRJ = ('PROJCS["GDA_1994_MGA_Zone_55",GEOGCS["GCS_GDA_1994",DATUM["D_GDA_1994",'
        'SPHEROID["GRS_1980",6378137.0,298.257222101]],PRIMEM["Greenwich",0.0],'
        'UNIT["Degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],'
@@ -57,20 +59,8 @@ def convert(reachmap, d, name, opts):
 
 def floor_copy(d, name, outputs, workdir):
     dst = tempfile.mkdtemp(prefix="floor-", dir=workdir)
-    buf = bytearray(1 << 20)
-    view = memoryview(buf)
     t0 = time.perf_counter()
-    with open(os.path.join(d, name), "rb", buffering=0) as f:
-        while f.readinto(buf):
-            pass
-    for o in outputs:
-        with open(os.path.join(d, o), "rb", buffering=0) as src, \
-                open(os.path.join(dst, o), "wb", buffering=0) as out:
-            while True:
-                n = src.readinto(buf)
-                if not n:
-                    break
-                out.write(view[:n])
+    copy_floor(os.path.join(d, name), d, dst, outputs)
     t = time.perf_counter() - t0
     shutil.rmtree(dst)
     return t

@@ -89,8 +89,22 @@ void readVertex(double& x, double& y) {
     if (r != ReadResult::ok) badVertexLine(r);
 }
 
-void runStreamPhase(int32_t streamsLayer) {
+void readIdLines(std::string_view where) {
     SectionRecord& rec = sectionRecord;
+    readSdfLine(where);
+    if (FLAGEXISTS(textLine, "STREAM ID:"))
+        takeValue(rec.streamId);
+    else
+        logLine("Error Expecting Stream ID: on ", lineNumber);
+    readSdfLine(where);
+    if (FLAGEXISTS(textLine, "REACH ID:"))
+        takeValue(rec.reachId);
+    else
+        logLine("Error Expecting REACH ID: on ", lineNumber);
+}
+
+void runStreamPhase(int32_t streamsLayer) {
+    const SectionRecord& rec = sectionRecord;
     bool finished = false;
     // The first line is read but never interpreted.
     if (unitAtEnd(sdfUnit)) return;
@@ -100,16 +114,7 @@ void runStreamPhase(int32_t streamsLayer) {
         if (FLAGEXISTS(textLine, "BEGINSTREAMNETWORK")) logLine("Found BEGINSTREAMNETWORK on line ", lineNumber);
         if (FLAGEXISTS(textLine, "REACH:")) {
             logLine("Found start of reach block on line ", lineNumber);
-            readSdfLine("a reach block");
-            if (FLAGEXISTS(textLine, "STREAM ID:"))
-                takeValue(rec.streamId);
-            else
-                logLine("Error Expecting Stream ID: on ", lineNumber);
-            readSdfLine("a reach block");
-            if (FLAGEXISTS(textLine, "REACH ID:"))
-                takeValue(rec.reachId);
-            else
-                logLine("Error Expecting REACH ID: on ", lineNumber);
+            readIdLines("a reach block");
         }
         if (FLAGEXISTS(textLine, "CENTERLINE")) {
             logLine("Found CENTERLINE on line ", lineNumber);

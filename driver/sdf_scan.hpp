@@ -62,6 +62,11 @@ void logLine(std::string_view what, int32_t n);
 // blanks stay part of it.
 void takeValue(TextRef out);
 
+// Reads the two id lines that follow REACH: and CROSS-SECTION: (`where`
+// names the block): each value is taken when its keyword is there, else the
+// old value stays and the line is logged.
+void readIdLines(std::string_view where);
+
 // Reads x and y of a vertex line; a bad line ends the run.
 void readVertex(double& x, double& y);
 

@@ -124,16 +124,7 @@ void runSectionPhase(bool trimToLevees, const SectionLayers& layers) {
         if (FLAGEXISTS(textLine, "BEGIN CROSS-SECTIONS:")) logLine("Found BEGIN CROSS-SECTIONS: on line ", lineNumber);
         if (FLAGEXISTS(textLine, "CROSS-SECTION:")) {
             logLine("Found new cross-section on line ", lineNumber);
-            readSdfLine("a cross-section head");
-            if (FLAGEXISTS(textLine, "STREAM ID:"))
-                takeValue(rec.streamId);
-            else
-                logLine("Error Expecting Stream ID: on ", lineNumber);
-            readSdfLine("a cross-section head");
-            if (FLAGEXISTS(textLine, "REACH ID:"))
-                takeValue(rec.reachId);
-            else
-                logLine("Error Expecting REACH ID: on ", lineNumber);
+            readIdLines("a cross-section head");
             readSdfLine("a cross-section head");
             if (FLAGEXISTS(textLine, "STATION:")) {
                 // A star marks the station; the line is cut in front of it.
