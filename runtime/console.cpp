@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "runtime/internal.hpp"
 #include "runtime/units.hpp"
 
 namespace {
@@ -95,36 +96,16 @@ void conFlush() {
 
 bool conReadLine(TextRef line) {
     conFlush();
-    int stored = 0;
+    LineGatherer g(line);
     bool any = false;
-    bool lastCR = false;
-    std::size_t raw = 0;
-    const int oldHi = *line.hi;
     for (;;) {
         if (inPos == inLen && !fillInput()) break;
         any = true;
-        const char* p = inBuf + inPos;
-        std::size_t avail = inLen - inPos;
-        const char* nl = static_cast<const char*>(std::memchr(p, '\n', avail));
-        std::size_t k = nl ? static_cast<std::size_t>(nl - p) : avail;
-        if (k > 0) {
-            std::size_t room = static_cast<std::size_t>(line.cap - stored);
-            std::size_t c = k < room ? k : room;
-            std::memcpy(line.data + stored, p, c);
-            stored += static_cast<int>(c);
-            raw += k;
-            lastCR = p[k - 1] == '\r';
-        }
-        inPos += k;
-        if (nl) {
-            ++inPos;
-            break;
-        }
+        bool ended = false;
+        inPos += g.take(inBuf + inPos, inLen - inPos, ended);
+        if (ended) break;
     }
-    if (lastCR && static_cast<std::size_t>(stored) == raw) --stored;
-    if (oldHi > stored) std::memset(line.data + stored, ' ', static_cast<std::size_t>(oldHi - stored));
-    *line.hi = stored;
-    line.len();
+    g.finish();
     return any;
 }
 

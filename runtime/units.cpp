@@ -1047,35 +1047,15 @@ IoStatus unitReadLine(int32_t unit, TextRef line) {
         }
     }
     // A line that runs on past the buffer, or the last line with no line end.
-    const int oldHi = *line.hi;
-    int stored = 0;
-    std::size_t raw = 0;
-    bool lastCR = false;
+    LineGatherer g(line);
     for (;;) {
-        const char* p = b + f.bufPos;
-        std::size_t avail = f.bufLen - f.bufPos;
-        const char* nl = static_cast<const char*>(std::memchr(p, '\n', avail));
-        std::size_t k = nl ? static_cast<std::size_t>(nl - p) : avail;
-        if (k > 0) {
-            std::size_t room = static_cast<std::size_t>(line.cap - stored);
-            std::size_t c = k < room ? k : room;
-            std::memcpy(line.data + stored, p, c);
-            stored += static_cast<int>(c);
-            raw += k;
-            lastCR = p[k - 1] == '\r';
-        }
-        f.bufPos += k;
-        if (nl != nullptr) {
-            ++f.bufPos;
-            break;
-        }
+        bool ended = false;
+        f.bufPos += g.take(b + f.bufPos, f.bufLen - f.bufPos, ended);
+        if (ended) break;
         if (!refill(idx)) return IoStatus::error;
         if (f.bufLen == 0) break;
     }
-    if (lastCR && static_cast<std::size_t>(stored) == raw) --stored;
-    if (oldHi > stored) std::memset(line.data + stored, ' ', static_cast<std::size_t>(oldHi - stored));
-    *line.hi = stored;
-    line.len();
+    g.finish();
     f.lastRecord = start;
     return IoStatus::ok;
 }
@@ -1254,4 +1234,26 @@ IoStatus unitFlush(int32_t unit) {
 void unitFlushAll() {
     for (int i = 0; i < kFiles; ++i)
         if (files[i].fd >= 0) flushOut(i);
+}
+
+std::size_t LineGatherer::take(const char* p, std::size_t avail, bool& ended) {
+    const char* nl = static_cast<const char*>(std::memchr(p, '\n', avail));
+    const std::size_t k = nl ? static_cast<std::size_t>(nl - p) : avail;
+    if (k > 0) {
+        const std::size_t room = static_cast<std::size_t>(line.cap - stored);
+        const std::size_t c = k < room ? k : room;
+        std::memcpy(line.data + stored, p, c);
+        stored += static_cast<int>(c);
+        raw += k;
+        lastCR = p[k - 1] == '\r';
+    }
+    ended = nl != nullptr;
+    return ended ? k + 1 : k;
+}
+
+void LineGatherer::finish() {
+    if (lastCR && static_cast<std::size_t>(stored) == raw) --stored;
+    if (oldHi > stored) std::memset(line.data + stored, ' ', static_cast<std::size_t>(oldHi - stored));
+    *line.hi = stored;
+    line.len();
 }
