@@ -1,4 +1,4 @@
-// READLINE over a file unit, and the save-date check of a pair of files.
+// READLINE over a file unit, and the save-date check held as an error.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -10,27 +10,14 @@
 
 using namespace testutil;
 
-namespace {
-
-// Runs `body` with standard input read from `input`.
-template <typename F>
-void withInput(const std::string& input, F body) {
-    TempDir d;
-    writeFile(d / "in", input);
-    const int saved = ::dup(0);
-    const int fd = ::open((d / "in").c_str(), O_RDONLY);
-    ::dup2(fd, 0);
-    ::close(fd);
-    body();
-    ::dup2(saved, 0);
-    ::close(saved);
-}
-
-void age(const std::string& name, int seconds) {
-    fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::seconds(seconds));
-}
-
-}  // namespace
+#define EXPECT_STOP(statement, regex)                           \
+    EXPECT_EXIT(                                                \
+        {                                                       \
+            fileUnitSettings.pauseOnPrematureExit = false;      \
+            ::dup2(2, 1);                                       \
+            statement;                                          \
+        },                                                      \
+        ::testing::ExitedWithCode(0), regex)
 
 TEST(ReadLine, DataCommentsAndEnd) {
     FILEINIT(1000);
@@ -39,90 +26,49 @@ TEST(ReadLine, DataCommentsAndEnd) {
     int32_t unit = 0;
     OPENERFREE(unit, "I ", d / "c.txt", 0);
     const std::pair<bool, const char*> expected[] = {
-        {true, "data line"}, {true, "Tabbed"}, {false, ""}, {false, ""}, {true, "last"},
-    };
+        {true, "data line"}, {true, "Tabbed"}, {false, ""}, {false, ""}, {true, "last"}};
+    Text<100> line;
     for (const auto& [data, text] : expected) {
-        Text<100> line;
         EXPECT_EQ(READLINE(unit, line), data) << text;
         EXPECT_EQ(line.trimmed(), text);
     }
-    Text<100> line;
-    EXPECT_EXIT(
-        {
-            fileUnitSettings.pauseOnPrematureExit = false;
-            ::dup2(2, 1);
-            READLINE(unit, line);
-        },
-        ::testing::ExitedWithCode(0),
-        "\nERROR 0202 - End-of-file encountered reading text line from file unit number 1001\n");
+    EXPECT_STOP(READLINE(unit, line), "\nERROR 0202 - End-of-file encountered reading text line from file unit number 1001\n");
     CLOSER(unit);
-    EXPECT_EXIT(
-        {
-            fileUnitSettings.pauseOnPrematureExit = false;
-            ::dup2(2, 1);
-            READLINE(1001, line);
-        },
-        ::testing::ExitedWithCode(0), "\nERROR 0201 - Reading text line from file unit number 1001\n");
+    EXPECT_STOP(READLINE(1001, line), "\nERROR 0201 - Reading text line from file unit number 1001\n");
 }
 
-TEST(SaveDate, Outcomes) {
+TEST(SaveDate, HeldAsAnError) {
     FILEINIT(1000);
     TempDir d;
-    const std::string a = d / "a.mid", b = d / "b.tab", missing = d / "none.tab";
+    const std::string a = d / "a.mid", b = d / "b.tab";
     writeFile(a, "1\r\n");
     writeFile(b, "2\r\n");
-    const std::string head = "Checking save date is later than that of ";
-    struct Case {
-        int ageOfFirst, ageOfSecond;  // seconds
-        std::string second;
-        std::string output;
-    };
-    const Case cases[] = {
-        {50, 50, b, head + b + "...OK\n\n"},
-        {10, 50, b, head + b + "...OK\n\n"},
-        {90, 50, b,
-         head + b + "...NOT OK\n\nWARNING 0004 - Save date of \"" + b + "\" file is later than that of \"" + a + "\"\n"},
-        {10, 50, missing,
-         head + missing + "...NOT OK\n\nWARNING 0004 - Could not access save date of \"" + a + "\" to check with \"" +
-             missing + "\"\n"},
-    };
-    for (const Case& c : cases) {
-        age(a, c.ageOfFirst);
-        age(b, c.ageOfSecond);
-        int32_t u1 = 0, u2 = 0;
-        OPENERFREE(u1, "I ", a, 0);
-        OPENERFREE(u2, "I ", b, 0);
-        bool result = false;
-        const std::string out = captureConsole([&] { result = CHECKSAVEDATE(a, c.second, u1, u2, false, 0); });
-        EXPECT_TRUE(result);
-        EXPECT_EQ(out, c.output);
-        EXPECT_TRUE(unitIsOpen(u1) && unitIsOpen(u2));
-        CLOSER(u1);
-        CLOSER(u2);
-    }
-
-    // Held as an error: an older first file closes both units and asks for a
-    // new export; a second file without a time ends the run.
-    age(a, 90);
-    age(b, 50);
+    const auto now = fs::file_time_type::clock::now();
+    fs::last_write_time(a, now - std::chrono::seconds(10));
+    fs::last_write_time(b, now - std::chrono::seconds(50));
     int32_t u1 = 0, u2 = 0;
     OPENERFREE(u1, "I ", a, 0);
     OPENERFREE(u2, "I ", b, 0);
-    bool result = true;
-    std::string out;
-    withInput("\n", [&] { out = captureConsole([&] { result = CHECKSAVEDATE(a, b, u1, u2, true, 0); }); });
-    EXPECT_FALSE(result);
+    // A newer first file passes and leaves the units open.
+    std::string out = captureConsole([&] { EXPECT_TRUE(CHECKSAVEDATE(a, b, u1, u2, true, 0)); });
+    EXPECT_EQ(out, "Checking save date is later than that of " + b + "...OK\n\n");
+    EXPECT_TRUE(unitIsOpen(u1) && unitIsOpen(u2));
+
+    // An older one closes both and asks for a new export, once for each call.
+    fs::last_write_time(a, now - std::chrono::seconds(90));
+    writeFile(d / "answer", "\n");
+    const int saved = ::dup(0);
+    ::dup2(::open((d / "answer").c_str(), O_RDONLY), 0);
+    out = captureConsole([&] { EXPECT_FALSE(CHECKSAVEDATE(a, b, u1, u2, true, 0)); });
+    ::dup2(saved, 0);
     EXPECT_EQ(u1, 0);
     EXPECT_EQ(u2, 0);
-    EXPECT_EQ(out, head + b + "...NOT OK\n\n...Closed File Unit:1001\n...Closed File Unit:1002\nERROR 0004 - Save date of \"" +
-                       b + "\" file is later than that of \"" + a + "\"\n\nRe-export mif file and press Enter, or close window.");
-    EXPECT_EXIT(
-        {
-            fileUnitSettings.pauseOnPrematureExit = false;
-            ::dup2(2, 1);
-            CHECKSAVEDATE(a, missing, u1, u2, true, 0);
-        },
-        ::testing::ExitedWithCode(0),
-        "ERROR 0004 - Could not access save date[^\n]*\n\nNOTE - If using VARDEN\\.exe, use CHECK MI SAVE DATE == "
-        "WARNING or OFF to suppress check\n");
+    EXPECT_EQ(out, "Checking save date is later than that of " + b +
+                       "...NOT OK\n\n...Closed File Unit:1001\n...Closed File Unit:1002\nERROR 0004 - Save date of \"" +
+                       b + "\" file is later than that of \"" + a +
+                       "\"\n\nRe-export mif file and press Enter, or close window.");
+    // A second file without a time ends the run.
+    EXPECT_STOP(CHECKSAVEDATE(a, d / "none.tab", u1, u2, true, 0),
+                "ERROR 0004 - Could not access save date[^\n]*\n\nNOTE - If using VARDEN\\.exe, use CHECK MI SAVE "
+                "DATE == WARNING or OFF to suppress check\n");
 }

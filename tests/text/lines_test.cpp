@@ -2,37 +2,27 @@
 // split into command and value, and replacement in any case.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "text/lines.hpp"
 
-namespace {
-
-struct InPlace {
-    const char* line;
-    bool result;
-    const char* after;  // the line afterwards, trailing blanks cut
-};
-
-}  // namespace
-
 TEST(Lines, CommentAndNumberLines) {
-    const InPlace comments[] = {
-        {"abc ! d", false, "abc"}, {"a # b ! c", false, "a"}, {"a ! b # c", false, "a"}, {"      ", true, ""},
-        {"  # note", true, ""},    {"!x", true, ""},          {"  keep this", false, "keep this"},
+    struct Case {
+        bool (*test)(TextRef);
+        const char* line;
+        bool result;
+        const char* after;  // the line afterwards, trailing blanks cut
     };
-    for (const InPlace& c : comments) {
-        Text<100> t(c.line);
-        EXPECT_EQ(COMMENTLINE(t), c.result) << c.line;
-        EXPECT_EQ(t.trimmed(), c.after) << c.line;
-    }
-    const InPlace numbers[] = {
-        {"-1", true, "-1"}, {".5", true, ".5"}, {"7x", true, "7x"}, {"+1", false, "+1"},
-        {"x7", false, "x7"}, {"", true, ""},   {"   3 4", true, "3 4"},
+    const Case cases[] = {
+        {COMMENTLINE, "abc ! d", false, "abc"}, {COMMENTLINE, "a # b ! c", false, "a"},
+        {COMMENTLINE, "a ! b # c", false, "a"}, {COMMENTLINE, "      ", true, ""},
+        {COMMENTLINE, "  # note", true, ""},    {COMMENTLINE, "  keep this", false, "keep this"},
+        {NUMBERLINE, "-1", true, "-1"},         {NUMBERLINE, ".5", true, ".5"},
+        {NUMBERLINE, "7x", true, "7x"},         {NUMBERLINE, "+1", false, "+1"},
+        {NUMBERLINE, "x7", false, "x7"},        {NUMBERLINE, "", true, ""},
+        {NUMBERLINE, "   3 4", true, "3 4"},
     };
-    for (const InPlace& c : numbers) {
+    for (const Case& c : cases) {
         Text<100> t(c.line);
-        EXPECT_EQ(NUMBERLINE(t), c.result) << c.line;
+        EXPECT_EQ(c.test(t), c.result) << c.line;
         EXPECT_EQ(t.trimmed(), c.after) << c.line;
     }
 }
@@ -45,10 +35,10 @@ TEST(Lines, ReadAndWritePhrases) {
         bool result;
     };
     const Case cases[] = {
-        {READGIS, "read gis z line == a.shp", "Z Line", true},  {READGIS, "Read MI Code == x", "  code  ", true},
-        {READGIS, "Read GIS Zpts == a.shp", "Z Line", false},   {READGIS, "Write GIS Code", "Code", false},
-        {WRITEGIS, "Write MI Code == c.mif", "code", true},     {WRITEGIS, "write gis code", "CODE", true},
-        {READROWCOL, "Read MID Code == c.mid", "code", true},   {READROWCOL, "Read RowCol Code", "code", true},
+        {READGIS, "read gis z line == a.shp", "Z Line", true}, {READGIS, "Read MI Code == x", "  code  ", true},
+        {READGIS, "Read GIS Zpts == a.shp", "Z Line", false},  {READGIS, "Write GIS Code", "Code", false},
+        {WRITEGIS, "Write MI Code == c.mif", "code", true},    {WRITEGIS, "write gis code", "CODE", true},
+        {READROWCOL, "Read MID Code == c.mid", "code", true},  {READROWCOL, "Read RowCol Code", "code", true},
         {READROWCOL, "Read GIS Code", "code", false},
     };
     for (const Case& c : cases) EXPECT_EQ(c.test(c.line, c.keyword), c.result) << c.line << " / " << c.keyword;
@@ -61,7 +51,7 @@ TEST(Lines, CheckLine) {
         const char* separator;
         int32_t column;
         bool result;
-        const char* value;    // as it stands, leading blanks kept
+        const char* value;    // leading blanks kept
         const char* command;  // trailing blanks cut
     };
     const Case cases[] = {
@@ -92,10 +82,8 @@ TEST(Lines, Replace) {
         const char* result;
     };
     const Case cases[] = {
-        {REPLACE, "Set Code 1", "code", "Zone", "Set Zone 1"},
-        {REPLACE, "aXa aXa", " x ", " yy ", "ayya aXa"},
-        {REPLACE, "nothing", "zz", "q", "nothing"},
-        {REPLACE, "nothing", "   ", "q", "nothing"},
+        {REPLACE, "Set Code 1", "code", "Zone", "Set Zone 1"},  {REPLACE, "aXa aXa", " x ", " yy ", "ayya aXa"},
+        {REPLACE, "nothing", "zz", "q", "nothing"},             {REPLACE, "nothing", "   ", "q", "nothing"},
         {REPLACEALL, "a-b-C-d", "-", "+", "a+b+C+d"},
         {REPLACEALL, "aabb", "AB", "", ""},        // each removal makes the next hit
         {REPLACEALL, "x.x", "x", "xx", "xx.xx"},  // a replacement that holds the old text

@@ -14,145 +14,117 @@ using namespace gistest;
 
 namespace {
 
+const char* const kCoordSys = "CoordSys Earth Projection 8, 116, \"m\", 147, 0, 0.9996, 500000, 10000000";
+const char* const kMifWarning =
+    "WARNING 0305 - Projection of .mif file is different to that specified by the MI Projection == command.";
+const char* const kShpWarning =
+    "WARNING 0305 - Projection of .shp file is different to that specified by the SHP Projection == command.";
+
 class Checks : public GisTest {
 protected:
     void TearDown() override {
         gisMifProjection.clear();
         gisShpProjection.clear();
-        gisProjectionCheckIsError = false;
-        gisSaveDateCheck = gisSaveDateCheckIsError = false;
+        gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsError = false;
     }
-    // A point layer of either family, its projection given by `coordSys`
-    // (the .mif) or `prj` (the .prj; none when empty).
-    void layer(const std::string& coordSys, const std::string& prj) {
+    // One point in m.mif with this CoordSys line, and in s_P.shp with this
+    // .prj line (no .prj when empty).
+    void layers(const std::string& coordSys, const std::string& prj) {
         writeFile(path("m.mif"), crlf({"Version 300", coordSys, "Columns 1", "  ID Integer", "Data", "Point 1 2"}));
         writeFile(path("m.mid"), "1\r\n");
         setAttributes({{"ID", "Integer", 0}});
         int32_t id = openWithHeader("s.shp", "P");
         setPoints({{1, 2}});
         gisO_.isPoint = true;
-        put(gisRecordLine, "1");
         gisWriteObject(id, gisO_);
         gisWriteRecord(id, gisO_);
         gisCloseLayer(id);
         std::filesystem::remove(path("s_P.prj"));
         if (!prj.empty()) writeFile(path("s_P.prj"), prj + "\r\n");
     }
-    std::size_t readAll(const std::string& name) {
+    void readAll(const std::string& name) {
         int32_t id = gisOpenLayer(path(name), false, "I ", "");
-        const std::size_t n = reading::readLayer(id).size();
+        EXPECT_EQ(reading::readLayer(id).size(), 1u);
         gisCloseLayer(id);
-        return n;
     }
-    // Console output of opening and reading a layer, which must give its point.
-    std::string readOutput(const std::string& name) {
+    // The console output of reading a layer, which must give its point.
+    std::string output(const std::string& name) {
         conFlush();
         ::testing::internal::CaptureStdout();
-        const std::size_t n = readAll(name);
+        readAll(name);
         conFlush();
-        const std::string out = ::testing::internal::GetCapturedStdout();
-        EXPECT_EQ(n, 1u) << out;
-        return out;
-    }
-    void touch(const std::string& name, int secondsAgo) {
-        std::filesystem::last_write_time(path(name),
-                                         std::filesystem::file_time_type::clock::now() - std::chrono::seconds(secondsAgo));
+        return ::testing::internal::GetCapturedStdout();
     }
 };
 
-const char* const kProjection = "CoordSys Earth Projection 8, 116, \"m\", 147, 0, 0.9996, 500000, 10000000";
-const char* const kPrj = "PROJCS[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"GCS_GDA_1994\"],UNIT[\"Meter\",1.0]]";
-const char* const kMifWarning =
-    "WARNING 0305 - Projection of .mif file is different to that specified by the MI Projection == command.";
-const char* const kShpWarning =
-    "WARNING 0305 - Projection of .shp file is different to that specified by the SHP Projection == command.";
-
 }  // namespace
 
-TEST_F(Checks, ProjectionOfMif) {
-    mifNormalCoordSys(gisMifProjection, kProjection);
-    struct Case {
-        std::string coordSys;
-        std::string expected;  // a line of the output, or "" for no message
-    };
-    const Case cases[] = {
-        {"  coordsys earth projection 8,116,'m',147,0,0.9996,500000,10000000", ""},
-        {"CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", kMifWarning},
-        {"CoordSys NonEarth Units \"m\"", kMifWarning},
-        {"Charset \"WindowsLatin1\"", "WARNING 0306 - Problems finding CoordSys line in .mif file."},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.coordSys);
-        layer(c.coordSys, "");
-        const std::string out = readOutput("m.mif");
-        if (c.expected.empty()) {
-            EXPECT_EQ(out.find("WARNING"), std::string::npos) << out;
-        } else {
-            EXPECT_NE(out.find("\n" + c.expected + "\n"), std::string::npos) << out;
-        }
-    }
-    gisProjectionCheckIsError = true;
-    layer(cases[1].coordSys, "");
-    EXPECT_GIS_STOP(readAll("m.mif"),
-                    "ERROR 0305 - Projection of .mif file is different to that specified by the MI Projection == "
-                    "command.\nUse \"MI Projection Check == WARNING\" to change message to a WARNING.");
-}
-
-TEST_F(Checks, ProjectionOfPrj) {
-    Text<1000> line(kPrj);
-    prjProjectionName(gisShpProjection, line);
+TEST_F(Checks, Projections) {
+    mifNormalCoordSys(gisMifProjection, kCoordSys);
+    Text<1000> prj("PROJCS[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"GCS_GDA_1994\"],UNIT[\"Meter\",1.0]]");
+    prjProjectionName(gisShpProjection, prj);
     EXPECT_EQ(gisShpProjection.trimmed(), "GDA_1994_MGA_ZONE_55");
     struct Case {
-        std::string prj;
-        std::vector<std::string> expected;  // lines of the output
+        const char* file;
+        std::string projection;            // the CoordSys or .prj line
+        std::vector<std::string> warnings; // lines of the output
     };
     const Case cases[] = {
-        {"projcs[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"other\"],PARAMETER[\"False_Easting\",1.0]]", {}},
-        {"", {}},  // no .prj: no check
-        {"PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {kShpWarning}},
-        {"GEOGCS[\"GCS_WGS_1984\"]",
-         {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.",
-          kShpWarning}},
+        {"m.mif", "  coordsys earth projection 8,116,'m',147,0,0.9996,500000,10000000", {}},
+        {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", {kMifWarning}},
+        {"m.mif", "Charset \"WindowsLatin1\"", {"WARNING 0306 - Problems finding CoordSys line in .mif file."}},
+        {"s_P.shp", "projcs[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"other\"],PARAMETER[\"False_Easting\",1.0]]", {}},
+        {"s_P.shp", "", {}},  // no .prj, no check
+        {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {kShpWarning}},
+        {"s_P.shp", "GEOGCS[\"GCS_WGS_1984\"]",
+         {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.", kShpWarning}},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.prj);
-        layer(kProjection, c.prj);
-        const std::string out = readOutput("s_P.shp");
-        EXPECT_EQ(out.find("WARNING") == std::string::npos, c.expected.empty()) << out;
-        for (const std::string& e : c.expected) EXPECT_NE(out.find("\n" + e + "\n"), std::string::npos) << out;
+        SCOPED_TRACE(c.projection);
+        const bool mif = std::string(c.file) == "m.mif";
+        layers(mif ? c.projection : kCoordSys, mif ? "" : c.projection);
+        const std::string out = output(c.file);
+        EXPECT_EQ(out.find("WARNING") == std::string::npos, c.warnings.empty()) << out;
+        for (const std::string& w : c.warnings) EXPECT_NE(out.find("\n" + w + "\n"), std::string::npos) << out;
     }
-    // An empty .prj cannot be read, unless no check is asked for.
-    layer(kProjection, "x");
+    // A .prj that cannot be read stops, unless no check is asked for.
     writeFile(path("s_P.prj"), "");
     EXPECT_GIS_STOP(readAll("s_P.shp"), "ERROR 0420 - Could not read projection line in .prj file.");
     gisShpProjection.clear();
-    EXPECT_EQ(readOutput("s_P.shp").find("0420"), std::string::npos);
+    EXPECT_EQ(output("s_P.shp").find("0420"), std::string::npos);
 
-    prjProjectionName(gisShpProjection, line);
     gisProjectionCheckIsError = true;
-    writeFile(path("s_P.prj"), "PROJCS[\"Other\"]\r\n");
-    EXPECT_GIS_STOP(readAll("s_P.shp"),
-                    "ERROR 0305 - Projection of .shp file is different to that specified by the SHP Projection == "
-                    "command.\nUse \"GIS Projection Check == WARNING\" to change message to a WARNING.");
+    layers(cases[1].projection, "PROJCS[\"Other\"]");
+    prjProjectionName(gisShpProjection, prj);
+    EXPECT_GIS_STOP(readAll("m.mif"), "ERROR 0305 - Projection of .mif file is different to that specified by the MI "
+                                      "Projection == command.\nUse \"MI Projection Check == WARNING\" to change "
+                                      "message to a WARNING.");
+    EXPECT_GIS_STOP(readAll("s_P.shp"), "ERROR 0305 - Projection of .shp file is different to that specified by the "
+                                        "SHP Projection == command.\nUse \"GIS Projection Check == WARNING\" to "
+                                        "change message to a WARNING.");
 }
 
 TEST_F(Checks, SaveDatesOfMifPair) {
-    layer(kProjection, "");
+    layers(kCoordSys, "");
     gisSaveDateCheck = true;
     const std::string checking = "Checking save date is later than that of " + path("m.tab") + "...";
-    // No .tab: a warning, and the layer is read.
-    std::string out = readOutput("m.mif");
+    const auto age = [&](const char* name, int seconds) {
+        std::filesystem::last_write_time(path(name), std::filesystem::file_time_type::clock::now() -
+                                                         std::chrono::seconds(seconds));
+    };
+    // No .tab: a warning, and the layer is read. One as old as the pair
+    // passes; a newer one is warned about.
+    std::string out = output("m.mif");
     EXPECT_NE(out.find(checking + "NOT OK\n\nWARNING 0004 - Could not access save date of \"" + path("m.mid") +
                        "\" to check with \"" + path("m.tab") + "\"\n"),
               std::string::npos)
         << out;
-    // A .tab as old as the pair passes; a newer one is warned about.
     writeFile(path("m.tab"), "!table\r\n");
-    touch("m.tab", 100);
-    touch("m.mid", 100);
-    EXPECT_NE(readOutput("m.mif").find(checking + "OK\n"), std::string::npos);
-    touch("m.mid", 200);
-    out = readOutput("m.mif");
+    age("m.tab", 100);
+    age("m.mid", 100);
+    EXPECT_NE(output("m.mif").find(checking + "OK\n"), std::string::npos);
+    age("m.mid", 200);
+    out = output("m.mif");
     EXPECT_NE(out.find("WARNING 0004 - Save date of \"" + path("m.tab") + "\" file is later than that of \"" +
                        path("m.mid") + "\""),
               std::string::npos)
