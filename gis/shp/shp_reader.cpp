@@ -9,7 +9,6 @@
 
 #include "gis/model/gis_internal.hpp"
 #include "runtime/exits.hpp"
-#include "runtime/platform.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
 #include "text/numbers.hpp"

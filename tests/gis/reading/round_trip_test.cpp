@@ -76,24 +76,6 @@ TEST_F(RoundTrip, MifLayerOfEveryKind) {
     for (const Sample& s : samples()) want.push_back(s.read);
     const auto got = reading::expectLayer(path("all.mif"), want);
     EXPECT_EQ(got.at(6).ir, (std::vector<int32_t>{5, 11}));  // last given point of each part
-
-    // The header: attribute count and definitions, records, and gisA_.
-    int32_t id = gisOpenLayer(path("all.mif"), false, "I ", "");
-    gisReadHeader(id);
-    EXPECT_EQ(gisNumberAttributes(id), 3);
-    EXPECT_EQ(gisNumberRecords(id), 9);
-    int32_t n = 0;
-    ASSERT_TRUE(gisGotoBeginningOfAttributes(id, n));
-    std::string defs;
-    for (int i = 0; i < n; ++i) {
-        Text<256> name;
-        Text<24> type;
-        gisReadAttributeDefinition(id, name, type);
-        defs += std::string(name.trimmed()) + " " + std::string(type.trimmed()) + ";";
-    }
-    EXPECT_EQ(defs, "Kind Char(20);Index Integer;Value Float;");
-    EXPECT_EQ(std::string(gisA_.type[1].trimmed()) + std::to_string(gisA_.width[1]), "Char20");
-    gisCloseLayer(id);
 }
 
 TEST_F(RoundTrip, ShpSetsOfEveryKind) {
@@ -108,23 +90,41 @@ TEST_F(RoundTrip, ShpSetsOfEveryKind) {
     reading::expectLayer(path("all_P.shp"), {w[0], w[1], text, w[8]});
     reading::expectLayer(path("all_L.shp"), {line, w[3], w[4], w[8]});
     reading::expectLayer(path("all_R.shp"), {w[5], w[6], w[8]});
+}
 
-    int32_t id = gisOpenLayer(path("all_L.shp"), false, "I ", "");
-    gisReadHeader(id);
-    EXPECT_EQ(gisNumberRecords(id), 4);
-    int32_t n = 0;
-    EXPECT_FALSE(gisGotoBeginningOfAttributes(id, n));
-    std::string defs, table;
-    for (int i = 0; i < 4; ++i) {  // the fields in turn, then blanks
-        Text<256> name;
-        Text<24> type;
-        gisReadAttributeDefinition(id, name, type);
-        defs += std::string(name.trimmed()) + " " + std::string(type.trimmed()) + ";";
+TEST_F(RoundTrip, HeaderOfEachFamily) {
+    writeLayer("all.mif", "");
+    writeLayer("all.shp", "PLR");
+    struct Case {
+        const char* layer;
+        int32_t records;
+        bool columns;             // the MIF family has attribute lines to go to
+        const char* definitions;  // by gisReadAttributeDefinition
+        const char* table;        // gisA_ after the header
+    };
+    const Case cases[] = {
+        {"all.mif", 9, true, "Kind Char(20);Index Integer;Value Float;", "Kind Char 20;Index Integer 0;Value Float 0;"},
+        {"all_L.shp", 4, false, "Kind Char(20);Index Decimal(8);Value Decimal(16);",
+         "Kind Char 20;Index Decimal 8;Value Decimal 16;"},
+    };
+    for (const Case& c : cases) {
+        int32_t id = gisOpenLayer(path(c.layer), false, "I ", "");
+        gisReadHeader(id);
+        EXPECT_EQ(gisNumberAttributes(id), 3);
+        EXPECT_EQ(gisNumberRecords(id), c.records);
+        int32_t n = 0;
+        EXPECT_EQ(gisGotoBeginningOfAttributes(id, n), c.columns);
+        std::string definitions, table;
+        for (int i = 1; i <= 3; ++i) {
+            Text<256> name;
+            Text<24> type;
+            gisReadAttributeDefinition(id, name, type);
+            definitions += std::string(name.trimmed()) + " " + std::string(type.trimmed()) + ";";
+            table += std::string(gisA_.name[i].trimmed()) + " " + std::string(gisA_.type[i].trimmed()) + " " +
+                     std::to_string(gisA_.width[i]) + ";";
+        }
+        EXPECT_EQ(definitions, c.definitions);
+        EXPECT_EQ(table, c.table);
+        gisCloseLayer(id);
     }
-    EXPECT_EQ(defs, "Kind Char(20);Index Decimal(8);Value Decimal(16); ;");
-    for (int i = 1; i <= gisA_.n; ++i)
-        table += std::string(gisA_.name[i].trimmed()) + " " + std::string(gisA_.type[i].trimmed()) + " " +
-                 std::to_string(gisA_.width[i]) + ";";
-    EXPECT_EQ(table, "Kind Char 20;Index Decimal 8;Value Decimal 16;");
-    gisCloseLayer(id);
 }
