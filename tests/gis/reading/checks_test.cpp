@@ -137,3 +137,33 @@ TEST_F(Checks, SaveDatesOfMifPair) {
         round + ".*" + round + ".*\nERROR - End of standard input while waiting for the mif file to be exported "
                                "again; nobody left to answer\\.\n");
 }
+
+TEST_F(Checks, CoordSysLineAndHeaderCopy) {
+    layers(kCoordSys, "");
+    Text<1000> line;
+    mifReadCoordSysLine(line, path("m.mif"));
+    EXPECT_EQ(line.trimmed(), kCoordSys);
+    int32_t from = 0, to = 0;
+    OPENERFREE(from, "I ", path("m.mif"), 0);
+    OPENERFREE(to, "O ", path("copy.mif"), 0);
+    mifCopyHeader(from, to);  // up to the "Columns" line, which is the caller's
+    CLOSER(from);
+    CLOSER(to);
+    EXPECT_EQ(readFile(path("copy.mif")), crlf({"Version 300", kCoordSys}));
+    // A missing file gives the non-earth default after a warning and a pause
+    // (with standard input at its end the pause returns at once).
+    const std::string missing = path("none.mif");
+    EXPECT_EXIT(
+        {
+            ::dup2(::open("/dev/null", O_RDONLY), 0);
+            ::dup2(2, 1);
+            mifReadCoordSysLine(line, missing);
+            conLine(line.trimmed());
+            conFlush();
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0),
+        "WARNING 0307 - No MapInfo Projection or mif header file [^\n]*none\\.mif\n {15}Non-Earth Coordinates will be "
+        "used\\.  \\[mifReadCoordSysLine\\]\n\nPress Enter to ContinueCoordSys NonEarth Units \"m\" "
+        "Bounds\\(-9999999, -9999999\\) \\(9999999, 9999999\\)\n");
+}
