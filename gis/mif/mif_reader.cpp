@@ -165,13 +165,11 @@ void readRegion(int32_t unit, GisObject& o, double* X, double* Y, int32_t maxN, 
     }
 }
 
-// The line holds `word` (any case); the search runs to the end of the file.
-bool findLine(int32_t unit, TextRef line, std::string_view word, bool& failed) {
-    failed = false;
+// Reads on to a line that holds `word` (any case); false when the file ends
+// or cannot be read first.
+bool findLine(int32_t unit, TextRef line, std::string_view word) {
     for (;;) {
-        const IoStatus st = unitReadLine(unit, line);
-        if (st == IoStatus::error) failed = true;
-        if (st != IoStatus::ok) return false;
+        if (unitReadLine(unit, line) != IoStatus::ok) return false;
         if (FLAGEXISTS(line.view(), word)) return true;
     }
 }
@@ -186,8 +184,7 @@ void warnAndPause(std::string_view line) {
 
 bool mifFindColumns(int32_t unit, TextRef line, int32_t& count, bool warnOnly) {
     unitRewind(unit);
-    bool failed = false;
-    if (!findLine(unit, line, "Columns", failed)) {
+    if (!findLine(unit, line, "Columns")) {
         if (!warnOnly) gisStopMessage("ERROR 0315 - Could not find start of attribute definitions in .mif file");
         warnAndPause("WARNING 0315 - Problems finding start of attribute definitions in .mif file");
         return false;
@@ -249,8 +246,7 @@ void mifReadHeader(GisMifState& m) {
           << "]";
         gisReport(0, l.view());
     }
-    bool failed = false;
-    if (!findLine(m.mifUnit, m.line, "Data", failed)) gisStopMessage(k0313);
+    if (!findLine(m.mifUnit, m.line, "Data")) gisStopMessage(k0313);
 }
 
 void mifFindData(int32_t unit) {
@@ -259,14 +255,13 @@ void mifFindData(int32_t unit) {
     static Text<1000> line;
     int32_t n = 0;
     unitRewind(unit);
-    bool failed = false;
-    if (!findLine(unit, line, "Columns", failed)) gisStopMessage(k0313);
+    if (!findLine(unit, line, "Columns")) gisStopMessage(k0313);
     Text<1000> rest;
     FLAGEXISTSRET(line.view(), "Columns", rest);
     if (readInt4(rest.view(), n) != ReadResult::ok) n = 0;
     for (int32_t i = 0; i < n; ++i)
         if (unitReadLine(unit, line) != IoStatus::ok) gisStopMessage(k0313);
-    if (!findLine(unit, line, "Data", failed)) gisStopMessage(k0313);
+    if (!findLine(unit, line, "Data")) gisStopMessage(k0313);
 }
 
 bool mifObjectType(int32_t unit, TextRef line, TextRef lineRest, GisObject& o, bool centreEnds) {
@@ -396,8 +391,7 @@ void mifReadCoordSysLine(TextRef result, std::string_view name) {
     int32_t unit = 0;
     OPENERFREE(unit, "I ", file, 0);
     static Text<kNameCap> line;
-    bool failed = false;
-    if (findLine(unit, line, "CoordSys", failed))
+    if (findLine(unit, line, "CoordSys"))
         result.assign(line.view());
     else
         warnAndPause("WARNING 0312 - Problems finding CoordSys line in .mif file");
@@ -427,8 +421,7 @@ void mifCopyHeader(int32_t from, int32_t to) {
 void mifProjectionCheck(int32_t unit) {
     static Text<kNameCap> line;
     line = "XXX";
-    bool failed = false;
-    const bool found = findLine(unit, line, "CoordSys", failed);
+    const bool found = findLine(unit, line, "CoordSys");
     unitRewind(unit);
     if (!found) {
         // A file without a CoordSys line says nothing about its projection:
