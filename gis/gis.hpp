@@ -37,3 +37,13 @@ void dbfdataline(GisDbfState& dbf);
 void dbfdatalinelarge(GisDbfState& dbf);
 int32_t i1u(int32_t value);
 int32_t i2u(int32_t value);
+
+// ---- Library reset and the record of input layers ---------------------------
+// Resets all library state. A workspaceName that is not blank opens
+// "{workspaceName}.wor", an inputLayersName that is not blank the pair
+// "{inputLayersName}_input_layers.mif/.mid"; each input layer that
+// gisOpenLayer meets for the first time then gets a line in them.
+void gisInitialiseLibrary(int32_t logUnit, std::string_view simulationName, std::string_view workspaceName,
+                          std::string_view inputLayersName);
+// Closes the files that gisInitialiseLibrary opened.
+void gisCloseWorkspace();
