@@ -32,6 +32,42 @@ void gisWriteObject(int32_t gisID, GisObject& object);
 void gisWriteRecord(int32_t gisID, GisObject& object);
 void gisWriteRecordLarge(int32_t gisID, GisObject& object);
 
+// ---- Reading ---------------------------------------------------------------
+// A layer opened in mode "I " is read in this order: gisReadHeader; then
+// gisGotoBeginningOfData; then for each object until gisObjectType gives
+// false: gisObjectType, gisReadRecord, and gisReadObject once for each
+// sub-object (np times: the parts of a multiple polyline, the points of a
+// multipoint; once for any other object).
+
+// MIF family: the attribute definitions of the .mif. SHP family: the .shp
+// header and the .dbf field table. Either way gisA_ describes the layer after.
+void gisReadHeader(int32_t gisID);
+int32_t gisNumberAttributes(int32_t gisID);
+// Lines of the .mid (which is left at its start), or the .dbf record count.
+int32_t gisNumberRecords(int32_t gisID);
+// Back to the first object and the first record.
+void gisGotoBeginningOfData(int32_t gisID);
+// MIF family: to the attribute definitions, with their count; false after a
+// warning, and for the SHP family, whose fields gisReadHeader has read.
+bool gisGotoBeginningOfAttributes(int32_t gisID, int32_t& count);
+// The next attribute definition: name and type word.
+void gisReadAttributeDefinition(int32_t gisID, TextRef name, TextRef type);
+// The next object's kind, counts and type name; false at the end of the
+// objects (gisAtEnd is then true).
+bool gisObjectType(int32_t gisID, GisObject& object);
+// The object's attribute record as one comma-separated line, cut at the
+// capacity of `line`.
+void gisReadRecord(int32_t gisID, GisObject& object, TextRef line);
+// Coordinates into X, Y from entry 1 (at most maxN entries are written), and
+// what consumers of lines and regions want: for a point its position (and a
+// copy in entry 2); for a line, rectangle or polyline the centre (midpoint,
+// or the point at half the length), the angle in degrees of that segment and
+// the length; for a region the centre from a "Center" clause or the mean of
+// its slots. Region slots: each part's points, then a copy of its second
+// point; ir[p] is the last given point of part p.
+void gisReadObject(int32_t gisID, GisObject& object, double* X, double* Y, int32_t maxN, int32_t& N, double& cx,
+                   double& cy, float& angle, float& length, bool wantCoordinates);
+
 // DBF record writers and byte helpers.
 void dbfdataline(GisDbfState& dbf);
 void dbfdatalinelarge(GisDbfState& dbf);

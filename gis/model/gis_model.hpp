@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "text/text.hpp"
 
@@ -119,6 +120,10 @@ extern Text<1000> gisMifProjection;  // reference for the .mif projection check
 extern Text<1000> gisShpProjection;  // reference for the .prj projection check
 extern bool gisProjectionCheckIsError;
 extern bool gisSaveDateCheck;
+extern bool gisSaveDateCheckIsError;  // a failed save-date check holds the run (else warns)
+// Extension of the file that an input .mif/.mid pair is held against by the
+// save-date check.
+inline constexpr std::string_view kGisSaveDateExtension = ".tab";
 extern Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
 extern int32_t gisInputLayerCount;
 extern int32_t gisLogUnit;

@@ -1,13 +1,16 @@
 // Opening and closing of layers: the file family from the extension, the
-// files of each family, the tracking of input layers and the end-of-file
-// step of an output layer.
+// files of each family with the checks of an input layer, the tracking of
+// input layers and the end-of-file step of an output layer.
 #include "gis/dbf/dbf_writer.hpp"
 #include "gis/gis.hpp"
+#include "gis/mif/mif_reader.hpp"
 #include "gis/model/gis_internal.hpp"
+#include "gis/shp/shp_reader.hpp"
 #include "gis/shp/shp_writer.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/paths.hpp"
 #include "runtime/platform.hpp"
+#include "runtime/savedate.hpp"
 #include "runtime/units.hpp"
 #include "text/numbers.hpp"
 #include "text/strings.hpp"
@@ -52,33 +55,38 @@ void trackInputLayer(int32_t gisID, std::string_view name) {
 }
 
 // The .mif and .mid of a MIF layer, or the one attribute file of an
-// attributes-only layer.
+// attributes-only layer. An input pair is compared with the project's
+// projection, and with the save-date check on it is held against its .tab
+// and opened again for as long as the check asks for it.
 void openMifLayer(int32_t gisID, std::string_view name, bool attributesOnly, std::string_view mode) {
     GisMifState& m = gisMif[gisID];
+    const bool input = modeOf(mode) == LayerMode::input;
     m.mifUnit = 0;
     m.midUnit = 0;
-    Text<1000> given;
-    TRIMF(given, name);
-    Text<16> ext;
-    FILEEXT(ext, given);
-    Text<1000> work;
-    if (!attributesOnly && (ext.trimmed() == ".mif" || ext.trimmed() == ".mid")) {
-        FILENAMEPATH(work, given);
-    } else {
-        TRIMF(work, given);
+    for (;;) {
+        Text<1000> work;
+        TRIMF(work, name);
+        Text<16> ext;
+        FILEEXT(ext, work);
+        bool pair = false;
+        if (attributesOnly) {
+            pair = ext.trimmed() == ".mid";
+        } else {
+            if (ext.trimmed() == ".mif" || ext.trimmed() == ".mid") FILENAMEPATH(work, work);
+            Text<1000> mifName(work);
+            mifName.ref().append(".mif");
+            OPENERFREE(m.mifUnit, mode, mifName, 0);
+            if (input && !gisMifProjection.blank()) mifProjectionCheck(m.mifUnit);
+            work.ref().append(".mid");
+            pair = true;
+        }
+        OPENERFREE(m.midUnit, mode, work, 0);
+        if (!input || !gisSaveDateCheck || !pair) return;
+        Text<1000> tab;
+        FILENAMEPATH(tab, work);
+        tab.ref().append(kGisSaveDateExtension);
+        if (CHECKSAVEDATE(work, tab, m.mifUnit, m.midUnit, gisSaveDateCheckIsError, gisLogUnit)) return;
     }
-    if (!attributesOnly) {
-        Text<1000> mifName(work);
-        mifName.ref().append(".mif");
-        OPENERFREE(m.mifUnit, mode, mifName, 0);
-        // An input .mif is compared with gisMifProjection here when that
-        // reference is set; this program leaves it blank, so no check runs.
-        work.ref().append(".mid");
-    }
-    OPENERFREE(m.midUnit, mode, work, 0);
-    // An input pair opened with gisSaveDateCheck set is checked for its save
-    // dates here, and opened again when the check asks for it; the check is
-    // off in this program, so the pair is taken as it stands.
 }
 
 // The end-of-file work of an output layer.
@@ -144,8 +152,7 @@ bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& db
         Text<1000> prjName(stem);
         prjName.ref().append(".prj");
         if (lm == LayerMode::input) {
-            // An input .prj that exists is compared with gisShpProjection here
-            // when that reference is set; this program leaves it blank.
+            if (!gisShpProjection.blank() && platformFileExists(prjName)) prjProjectionCheck(prjName);
             OPENERFREE(shp.shpUnitLE, "BI", shpName, 0);
             OPENERFREE(shp.shpUnitBE, "BE", shpName, 0);
         } else {

@@ -43,6 +43,7 @@ Text<1000> gisMifProjection;
 Text<1000> gisShpProjection;
 bool gisProjectionCheckIsError = false;
 bool gisSaveDateCheck = false;
+bool gisSaveDateCheckIsError = false;
 Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
 int32_t gisInputLayerCount = 0;
 int32_t gisLogUnit = 0;
