@@ -128,8 +128,6 @@ extern Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
 extern int32_t gisInputLayerCount;
 extern int32_t gisLogUnit;
 extern Text<1000> gisMessageLine[5];  // lines 1..4
-extern bool gisSaveDateCheckIsFatal;  // a failed save-date check stops (true) or warns
-extern Text<8> gisSaveDateExtension;  // companion of a .mif/.mid pair in the save-date check
 // Record files of the input layers: 0 until gisInitialiseLibrary, -1 when it
 // asked for none.
 extern int32_t gisWorkspaceUnit;

@@ -13,8 +13,6 @@
 int32_t gisWorkspaceUnit = 0;
 int32_t gisInputLayersMifUnit = 0;
 int32_t gisInputLayersMidUnit = 0;
-Text<8> gisSaveDateExtension(".tab");
-bool gisSaveDateCheckIsFatal = false;
 
 namespace {
 
@@ -45,8 +43,8 @@ void gisInitialiseLibrary(int32_t logUnit, std::string_view simulationName, std:
     gisShpProjection.clear();
     gisProjectionCheckIsError = false;
     gisSaveDateCheck = false;
-    gisSaveDateCheckIsFatal = false;
-    gisSaveDateExtension = ".tab";
+    gisSaveDateCheckIsError = false;
+    // The save-date extension is the constant kGisSaveDateExtension.
 
     if (trimmedLength(workspaceName) > 0) {
         openRecordFile(gisWorkspaceUnit, workspaceName, ".wor");

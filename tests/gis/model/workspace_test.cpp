@@ -145,11 +145,10 @@ TEST_F(Workspace, EmptyListAndTrackingLimit) {
 
 TEST_F(Workspace, InitialiseResetsTheLibrary) {
     int32_t id = openWithHeader("out.mif");
-    gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsFatal = true;
+    gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsError = true;
     put(gisMifProjection, "x");
     put(gisRecordLine, "1,2");
     put(gisMessageLine[3], "old");
-    gisSaveDateExtension = ".xyz";
     gisInputIndex[id] = 7;
     gisInputLayerCount = 4;
     put(gisInputLayers[4], "stale");
@@ -158,9 +157,8 @@ TEST_F(Workspace, InitialiseResetsTheLibrary) {
     EXPECT_EQ(gisFormat[id], 0);
     EXPECT_EQ(gisInputIndex[id], 0);
     EXPECT_TRUE(gisLayerName[id].blank());
-    EXPECT_FALSE(gisProjectionCheckIsError || gisSaveDateCheck || gisSaveDateCheckIsFatal);
+    EXPECT_FALSE(gisProjectionCheckIsError || gisSaveDateCheck || gisSaveDateCheckIsError);
     EXPECT_TRUE(gisMifProjection.blank() && gisRecordLine.blank() && gisMessageLine[3].blank());
-    EXPECT_EQ(gisSaveDateExtension.full(), ".tab    ");
     EXPECT_EQ(gisInputLayerCount, 0);
     EXPECT_TRUE(gisInputLayers[4].blank());
     // The slot is free again.
