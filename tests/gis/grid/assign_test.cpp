@@ -285,7 +285,7 @@ TEST_F(Assign, EveryModeOnAWrittenLayer) {
     }
 }
 
-TEST_F(Assign, ProgressLinesAndTheTurnedGrid) {
+TEST_F(Assign, ProgressLinesTurnedGridAndHoles) {
     // The MIF family names the objects by their keywords, the SHP family by
     // its shape type names.
     writeLayer("layer.mif");
@@ -310,6 +310,32 @@ TEST_F(Assign, ProgressLinesAndTheTurnedGrid) {
     writeLayer("turned.mif", true);
     layAll("turned.mif", {}, static_cast<float>(std::acos(0.0)));
     EXPECT_EQ(picture(g.cr), tidy(kCells));
+
+    // A region of two rings, the second a hole: centres i 3..4, j 3..4 stay out.
+    g = Grids{};
+    console.clear();
+    setAttributes({{"Value", "Float", 0}});
+    int32_t id = openWithHeader("ring.mif");
+    gisClearObject(gisO_);
+    gisO_.isRegion = true;
+    gisO_.nr = 2;
+    gisO_.ir[1] = 1;
+    gisO_.ir[2] = 6;
+    setPoints({{1002, 2002}, {1058, 2002}, {1058, 2048}, {1002, 2048}, {1002, 2002},
+               {1022, 2022}, {1038, 2022}, {1038, 2038}, {1022, 2038}, {1022, 2022}});
+    put(gisRecordLine, "1");
+    gisWriteObject(id, gisO_);
+    gisWriteRecord(id, gisO_);
+    gisCloseLayer(id);
+    layAll("ring.mif", {});
+    EXPECT_EQ(picture(g.cr), tidy(R"(
+        . 1 1 1 1 1 1
+        . 1 1 . . 1 1
+        . 1 1 . . 1 1
+        . 1 1 1 1 1 1
+        . 1 1 1 1 1 1)"));
+    EXPECT_EQ(progress(), std::vector<std::string>{
+                              "...GIS REGION (    12 vertices /  2 polygons) assigned 1. to    26 cells"});
 }
 
 TEST_F(Assign, LayersMadeByOgr2ogr) {
