@@ -73,3 +73,68 @@ void dbfdataline(GisDbfState& dbf);
 void dbfdatalinelarge(GisDbfState& dbf);
 int32_t i1u(int32_t value);
 int32_t i2u(int32_t value);
+
+// ---- Library reset and the record of input layers ---------------------------
+// Resets all library state. A workspaceName that is not blank opens
+// "{workspaceName}.wor", an inputLayersName that is not blank the pair
+// "{inputLayersName}_input_layers.mif/.mid"; each input layer that
+// gisOpenLayer meets for the first time then gets a line in them.
+void gisInitialiseLibrary(int32_t logUnit, std::string_view simulationName, std::string_view workspaceName,
+                          std::string_view inputLayersName);
+// Closes the files that gisInitialiseLibrary opened.
+void gisCloseWorkspace();
+
+// ---- Laying objects on a grid ----------------------------------------------
+// Cell range of local points 1..N (the first point alone when N is below 2)
+// on square cells of size d: j from trunc(ymin / d) + 1, i from
+// trunc(xmin / d) + 1, each at least 0, to trunc(max / d) + 1 held to limJ,
+// limI. The extents go to xmin .. ymax.
+void SET_SUB_GRID_AREA(const float* X, const float* Y, int32_t N, float d, int32_t limJ, int32_t limI, int32_t& jLow,
+                       int32_t& iLow, int32_t& jHigh, int32_t& iHigh, float& xmin, float& ymin, float& xmax,
+                       float& ymax);
+
+// Lays the next object of known type of an input layer, all its sub-objects,
+// on the caller's grids, with one progress line on the console for each; the
+// value is the object's first attribute. Call until gisAtEnd[gisID].
+//
+// The grid: origin (ox, oy), x axis along `angle` (radians); local cell
+// (i, j), 1 <= j <= limJ, 1 <= i <= limI, of size dx by dy, is element
+// (j + offJ, i + offI) of the caller's grids (dimJ by dimI, element (1, 1)
+// first, j fastest: see geometry/arrays.hpp). Cell grids are sampled at the
+// cell centre, x-side grids at the middle of the cell's upper-x side, y-side
+// grids at the middle of its upper-y side.
+//
+// Modes: useInteger writes the value rounded (halves away from zero) to the
+// integer grids instead of the float to the real grids; sidesOnly writes the
+// side grids only; allPoints has regions fill the cell and side grids;
+// countOnly has regions counted at four sample positions and written
+// nowhere; accumulate adds instead of replacing; halveOnSides adds half the
+// value to each side of a point or line cell in sidesOnly with accumulate.
+// `count` receives the points or cells set for the (last) sub-object.
+void gisAssignObjectToGrid(int32_t gisID, int32_t limJ, int32_t limI, int32_t offJ, int32_t offI, float dx, float dy,
+                           double ox, double oy, float angle, bool useInteger, bool countOnly, bool sidesOnly,
+                           bool allPoints, bool halveOnSides, int32_t* cellInts, int32_t* xSideInts,
+                           int32_t* ySideInts, float* cellReals, float* xSideReals, float* ySideReals, int32_t dimJ,
+                           int32_t dimI, bool accumulate, int32_t& count);
+
+// An object that the caller has read and prepared itself (X, Y 1-based).
+struct GisPreparedObject {
+    const double* X = nullptr;
+    const double* Y = nullptr;
+    int32_t N = 0;
+    double cx = 0.0, cy = 0.0;
+    float length = 0.0f;
+};
+
+// gisAssignObjectToGrid on the caller's object buffer. readFromLayer true:
+// as gisAssignObjectToGrid. False: nothing is read from the layer; the
+// prepared object is laid once for each of object.np sub-objects. readValue
+// true: `value` is read from the start of gisRecordLine (filled from the
+// layer when readFromLayer is true); false: `value` is used as it stands.
+void gisAssignPreparedObjectToGrid(int32_t gisID, int32_t limJ, int32_t limI, int32_t offJ, int32_t offI, float dx,
+                                   float dy, double ox, double oy, float angle, bool useInteger, bool countOnly,
+                                   bool sidesOnly, bool allPoints, bool halveOnSides, int32_t* cellInts,
+                                   int32_t* xSideInts, int32_t* ySideInts, float* cellReals, float* xSideReals,
+                                   float* ySideReals, int32_t dimJ, int32_t dimI, bool accumulate, int32_t& count,
+                                   GisObject& object, bool readFromLayer, bool readValue,
+                                   const GisPreparedObject& prepared, float& value);

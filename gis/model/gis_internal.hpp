@@ -30,3 +30,8 @@ void gisReport(int32_t blankLines, std::string_view line);
 
 // `line` as the message, through gisMessageOut with one blank line, then EXITS.
 [[noreturn]] void gisStopMessage(std::string_view line);
+
+// The workspace and input-layer list lines for an input layer that is new to
+// gisInputLayers (its stem as tracked, `name` as given); `tracked` is false
+// beyond the tracking limit, where only the list gets a line.
+void gisRecordInputLayer(int32_t gisID, std::string_view stem, std::string_view name, bool tracked);

@@ -128,6 +128,11 @@ extern Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
 extern int32_t gisInputLayerCount;
 extern int32_t gisLogUnit;
 extern Text<1000> gisMessageLine[5];  // lines 1..4
+// Record files of the input layers: 0 until gisInitialiseLibrary, -1 when it
+// asked for none.
+extern int32_t gisWorkspaceUnit;
+extern int32_t gisInputLayersMifUnit;
+extern int32_t gisInputLayersMidUnit;
 
 // Puts a slot back to its reset state (gisIsOpen is not touched).
 void gisInitialiseLayer(int32_t gisID);

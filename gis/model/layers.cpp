@@ -40,7 +40,8 @@ void trackInputLayer(int32_t gisID, std::string_view name) {
         }
     }
     ++gisInputLayerCount;
-    if (gisInputLayerCount < 1000) {
+    const bool tracked = gisInputLayerCount < 1000;
+    if (tracked) {
         gisInputLayers[gisInputLayerCount] = stem;
     } else {
         gisSetMessage(
@@ -50,6 +51,7 @@ void trackInputLayer(int32_t gisID, std::string_view name) {
         gisInputLayerCount = 1000;
     }
     gisInputIndex[gisID] = gisInputLayerCount;
+    gisRecordInputLayer(gisID, stem.trimmed(), name, tracked);
 }
 
 // The .mif and .mid of a MIF layer, or the one attribute file of an
