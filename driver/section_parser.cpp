@@ -8,6 +8,7 @@
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
 #include "text/strings.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -45,7 +46,7 @@ void GetSdfCutline(int32_t unit, double* cutX, double* cutY, int32_t& cutCount, 
         } else {
             // The count goes on; the section export uses no more points than the table holds.
             conBlank();
-            conLine("ERROR - Exceeeded limit of 100,000 cut lines. Contact SUPPORTDESK");
+            conLine("ERROR - Exceeeded limit of 100,000 cut lines. Contact " REACHMAP_SUPPORT);
         }
     }
 }

@@ -11,22 +11,23 @@
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "text/numbers.hpp"
+#include "text/support.hpp"
 
 using geometry_detail::truncIndex;
 
 namespace {
 
-constexpr std::string_view kRowsFail = "should not be here - gridline - intersection point - contact SUPPORTDESK";
+constexpr std::string_view kRowsFail = "should not be here - gridline - intersection point - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kColumnsFail =
-    "should not be here - gridline - intersection point 2 - contact SUPPORTDESK";
-constexpr std::string_view kV2Fail1 = "should not be here - gridline - intersection point 1 - contact SUPPORTDESK";
-constexpr std::string_view kV2Fail2 = "should not be here - gridline - intersection point 2 - contact SUPPORTDESK";
-constexpr std::string_view kV2Fail3 = "should not be here - gridline - intersection point 3 - contact SUPPORTDESK";
-constexpr std::string_view kV2Fail4 = "should not be here - gridline - intersection point 4 - contact SUPPORTDESK";
+    "should not be here - gridline - intersection point 2 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail1 = "should not be here - gridline - intersection point 1 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail2 = "should not be here - gridline - intersection point 2 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail3 = "should not be here - gridline - intersection point 3 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail4 = "should not be here - gridline - intersection point 4 - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kFiveFail1 =
-    "should not be here - gridline_5 - intersection point 1 - contact SUPPORTDESK";
+    "should not be here - gridline_5 - intersection point 1 - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kFiveFail3 =
-    "should not be here - gridline_5 - intersection point 3 - contact SUPPORTDESK";
+    "should not be here - gridline_5 - intersection point 3 - contact " REACHMAP_SUPPORT;
 
 [[noreturn]] void walkFailure(std::string_view text) {
     conLine(text);
@@ -35,7 +36,7 @@ constexpr std::string_view kFiveFail3 =
 
 [[noreturn]] void limitFailure(int32_t limit) {
     constexpr std::string_view head = "SORRY - Exceeded limit of";
-    constexpr std::string_view tail = " HX cells per HX polyline segment.  Contact SUPPORTDESK.";
+    constexpr std::string_view tail = " HX cells per HX polyline segment.  Contact " REACHMAP_SUPPORT ".";
     char line[128];
     char* out = line;
     std::memcpy(out, head.data(), head.size());

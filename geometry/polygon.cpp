@@ -8,21 +8,22 @@
 #include "geometry/plane.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
+#include "text/support.hpp"
 
 using geometry_detail::truncIndex;
 
 namespace {
 
 constexpr std::string_view kInsideFail1 =
-    "Invalid number of polygons in region sent to inside_polygon routine [1] - contact SUPPORTDESK";
+    "Invalid number of polygons in region sent to inside_polygon routine [1] - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kInsideFail2 =
-    "Invalid number of polygons in region sent to inside_polygon routine [2] - contact SUPPORTDESK";
+    "Invalid number of polygons in region sent to inside_polygon routine [2] - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kGridFail1 =
-    "Invalid number of polygons in region sent to grid_inside_polygon routine [1] - contact SUPPORTDESK";
+    "Invalid number of polygons in region sent to grid_inside_polygon routine [1] - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kGridFail4 =
-    "Invalid number of polygons in region sent to grid_inside_polygon routine [4] - contact SUPPORTDESK";
+    "Invalid number of polygons in region sent to grid_inside_polygon routine [4] - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kGridFail5 =
-    "Invalid number of polygons in region sent to grid_inside_polygon routine [5] - contact SUPPORTDESK";
+    "Invalid number of polygons in region sent to grid_inside_polygon routine [5] - contact " REACHMAP_SUPPORT;
 
 [[noreturn]] void regionFailure(std::string_view text) {
     conLine(text);

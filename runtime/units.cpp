@@ -15,6 +15,7 @@
 #include "runtime/paths.hpp"
 #include "runtime/platform.hpp"
 #include "text/strings.hpp"
+#include "text/support.hpp"
 
 FileUnitSettings fileUnitSettings;
 bool setFlagsTable[26];
@@ -793,7 +794,7 @@ void OPENERFREE(int32_t& unit, std::string_view mode, std::string_view name, int
     ensureTables();
     TRIMF(openName, name);
     if (openName.blank()) {
-        static const char text[] = "Empty filename specified.  Bailing out.  Please contact SUPPORTDESK.";
+        static const char text[] = "Empty filename specified.  Bailing out.  Please contact " REACHMAP_SUPPORT ".";
         if (fileUnitSettings.messageBoxMode) {
             platformMessageBox(text, fileUnitSettings.applicationName.trimmed(), BoxButtons::ok, BoxIcon::stop);
         } else {

@@ -14,6 +14,7 @@
 #include "text/freeformat.hpp"
 #include "text/numbers.hpp"
 #include "text/strings.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -94,8 +95,8 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
 
     const int count = std::min(dbf.fieldCount, kDbfMaxFields);
     if (!splitLine(line, table, count)) {
-        gisSetMessage(large ? "Should not be here [dbfdatalinelarge] - please contact SUPPORTDESK."
-                            : "Should not be here [dbfdataline] - please contact SUPPORTDESK.");
+        gisSetMessage(large ? "Should not be here [dbfdatalinelarge] - please contact " REACHMAP_SUPPORT "."
+                            : "Should not be here [dbfdataline] - please contact " REACHMAP_SUPPORT ".");
         gisMessageLine[2] = line.substr(0, std::min<std::size_t>(line.size(), kNameCap));
         gisMessageOut(1);
         EXITS();
@@ -237,8 +238,8 @@ void dbfWriteRecord(int32_t gisID, const GisObject& o, bool large) {
         for (int k = 1; k <= 3; ++k)
             if (gisDbf[gisID][k].dbfUnit > 0) one(gisDbf[gisID][k]);
     } else {
-        gisStopMessage(large ? "Should not be here [gisWriteRecordLarge-dbf].  Please contact SUPPORTDESK."
-                             : "Should not be here [gisWriteRecord-dbf].  Please contact SUPPORTDESK.");
+        gisStopMessage(large ? "Should not be here [gisWriteRecordLarge-dbf].  Please contact " REACHMAP_SUPPORT "."
+                             : "Should not be here [gisWriteRecord-dbf].  Please contact " REACHMAP_SUPPORT ".");
     }
 }
 

@@ -8,6 +8,7 @@
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
 #include "text/numbers.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -125,7 +126,7 @@ void mifWriteObject(int32_t gisID, const GisObject& o) {
         out.line("none");
     } else {
         gisStopMessage(
-            "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact SUPPORTDESK.");
+            "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact " REACHMAP_SUPPORT ".");
     }
     if (!o.isNone && !m.style1.blank()) {
         out.line(m.style1.trimmed());

@@ -9,6 +9,7 @@
 
 #include "gis/model/gis_model.hpp"
 #include "text/linebuf.hpp"
+#include "text/support.hpp"
 
 // A report line built from pieces, cut at its capacity.
 using GisLine = LineBuf<2048>;
@@ -20,12 +21,12 @@ inline bool gisBadId(int32_t gisID) { return gisID < 1 || gisID > kGisMaxLayers;
 // above 0, in the log.
 void gisReport(int32_t blankLines, std::string_view line);
 
-// "Should not be here {operation}[gisID=0] - please contact SUPPORTDESK."
+// "Should not be here {operation}[gisID=0] - please contact REACHMAP_SUPPORT."
 // on the console, then EXITS.
 [[noreturn]] void gisStopNoLayer(std::string_view operation);
 
 // A blank line and "Should not be here [{where}] - please contact
-// SUPPORTDESK." on the console, then EXITS.
+// REACHMAP_SUPPORT." on the console, then EXITS.
 [[noreturn]] void gisStopNotHere(std::string_view where);
 
 // `line` as the message, through gisMessageOut with one blank line, then EXITS.

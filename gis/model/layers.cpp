@@ -14,6 +14,7 @@
 #include "runtime/units.hpp"
 #include "text/numbers.hpp"
 #include "text/strings.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -243,7 +244,7 @@ void gisWriteEoF(int32_t gisID) {
 
 void gisCloseLayer(int32_t& gisID) {
     if (gisBadId(gisID)) {
-        gisReport(0, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact SUPPORTDESK.");
+        gisReport(0, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact " REACHMAP_SUPPORT ".");
         return;
     }
     const int32_t id = gisID;

@@ -8,6 +8,7 @@
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
+#include "text/support.hpp"
 
 // ---- The layer table -------------------------------------------------------
 int32_t gisFormat[kGisMaxLayers + 1] = {};
@@ -61,14 +62,14 @@ void gisReport(int32_t blankLines, std::string_view line) {
 
 void gisStopNoLayer(std::string_view operation) {
     GisLine l;
-    l << "Should not be here " << operation << "[gisID=0] - please contact SUPPORTDESK.";
+    l << "Should not be here " << operation << "[gisID=0] - please contact " REACHMAP_SUPPORT ".";
     conLine(l.view());
     EXITS();
 }
 
 void gisStopNotHere(std::string_view where) {
     GisLine l;
-    l << "Should not be here [" << where << "] - please contact SUPPORTDESK.";
+    l << "Should not be here [" << where << "] - please contact " REACHMAP_SUPPORT ".";
     conBlank();
     conLine(l.view());
     EXITS();

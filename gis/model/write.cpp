@@ -8,6 +8,7 @@
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "text/numbers.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -37,7 +38,7 @@ void checkObject(int32_t gisID, GisObject& o) {
         for (int32_t i = 2; i <= o.nr; ++i) {
             if (o.ir[i] > o.ir[i - 1]) continue;
             conBlank();
-            conLine("Should not be here [gisO_%ir(i) <= gisO_%ir(i-1)] - please contact SUPPORTDESK.");
+            conLine("Should not be here [gisO_%ir(i) <= gisO_%ir(i-1)] - please contact " REACHMAP_SUPPORT ".");
             GisLine a, b, c, d;
             a << "GIS Layer   =" << intText(5, gisID);
             b << "i           =" << intText(5, i);

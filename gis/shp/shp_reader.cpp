@@ -13,6 +13,7 @@
 #include "text/freeformat.hpp"
 #include "text/numbers.hpp"
 #include "text/strings.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -20,7 +21,7 @@ constexpr std::string_view k0424 = "ERROR 0424 - Reading .shp file object type."
 constexpr std::string_view k0425 = "ERROR 0425 - End of .shp file encountered whilst reading object type.";
 constexpr std::string_view k0429 = "ERROR 0429 - Reading .shp file object coordinates.";
 constexpr std::string_view k0430 = "ERROR 0430 - End of .shp file encountered whilst reading object coordinates.";
-constexpr std::string_view kNotHere = "Should not be here [shpReadObject].  Please contact SUPPORTDESK.";
+constexpr std::string_view kNotHere = "Should not be here [shpReadObject].  Please contact " REACHMAP_SUPPORT ".";
 
 int32_t be32(const unsigned char* p) {
     return static_cast<int32_t>((uint32_t{p[0]} << 24) | (uint32_t{p[1]} << 16) | (uint32_t{p[2]} << 8) | p[3]);

@@ -11,6 +11,7 @@
 #include "gis/model/gis_internal.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
+#include "text/support.hpp"
 
 namespace {
 
@@ -113,7 +114,7 @@ void writeRecord(GisObject& o, GisShpState& s) {
         length = 2;
     } else {
         gisStopMessage(
-            "ERROR 0350 - Trying to write a SHP object that is not yet supported.  Please contact SUPPORTDESK.");
+            "ERROR 0350 - Trying to write a SHP object that is not yet supported.  Please contact " REACHMAP_SUPPORT ".");
     }
     s.recordShapeType = type;
 
@@ -229,7 +230,7 @@ void shpWriteObject(int32_t gisID, GisObject& o) {
             if (gisDbf[gisID][k].dbfUnit > 0) writeRecord(o, gisShp[gisID][k]);
         return;
     } else {
-        gisStopMessage("Should not be here [gisWriteObject-shp].  Please contact SUPPORTDESK.");
+        gisStopMessage("Should not be here [gisWriteObject-shp].  Please contact " REACHMAP_SUPPORT ".");
     }
     writeRecord(o, gisShp[gisID][set]);
 }

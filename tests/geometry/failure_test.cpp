@@ -28,7 +28,7 @@ std::string line(const std::string& text) {
 
 std::string polygons(const char* routine, int n) {
     return "Invalid number of polygons in region sent to " + std::string(routine) + " routine [" + std::to_string(n) +
-           "] - contact SUPPORTDESK";
+           "] - contact the reachmap maintainers";
 }
 
 TEST(GeometryFailureDeathTest, RegionNotDescribedByEnds) {
@@ -66,7 +66,7 @@ TEST(GeometryFailureDeathTest, RegionNotDescribedByEnds) {
 
 TEST(GeometryFailureDeathTest, CellLimit) {
     const std::string nine =
-        "SORRY - Exceeded limit of        9 HX cells per HX polyline segment.  Contact SUPPORTDESK.";
+        "SORRY - Exceeded limit of        9 HX cells per HX polyline segment.  Contact the reachmap maintainers.";
     std::vector<int32_t> jc(11), ic(11);
     int32_t a, b, c, d, n;
     const auto exit0 = ::testing::ExitedWithCode(0);
@@ -81,7 +81,7 @@ TEST(GeometryFailureDeathTest, CellLimit) {
                 exit0, line(nine));
     // A limit of 0 cannot hold even the start cell of a segment without length.
     EXPECT_EXIT((consoleToStderr(), gridline(1, 1, 1, 1, 1, 1, a, b, c, d, n, jc.data(), ic.data(), 0)), exit0,
-                line("SORRY - Exceeded limit of        0 HX cells per HX polyline segment.  Contact SUPPORTDESK."));
+                line("SORRY - Exceeded limit of        0 HX cells per HX polyline segment.  Contact the reachmap maintainers."));
 }
 
 }  // namespace

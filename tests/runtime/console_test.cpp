@@ -81,7 +81,7 @@ TEST(ConsoleChild, AlreadyOpenOutputIsClosedOnYes) {
 TEST(ConsoleChild, BlankNameBailsOut) {
     testutil::ChildRun r = runChild({"blank-name"}, nullptr);
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "\nEmpty filename specified.  Bailing out.  Please contact SUPPORTDESK.\n\nPress Enter to Close");
+    EXPECT_EQ(r.out, "\nEmpty filename specified.  Bailing out.  Please contact the reachmap maintainers.\n\nPress Enter to Close");
 }
 
 TEST(ConsoleChild, ReadLinesStripsLineEnds) {

@@ -109,8 +109,8 @@ TEST_F(DbfWriter, TableLimitsStop) {
         {0, 1, "Char", "ERROR 0319 - No attributes specified when writing .dbf file.", 0},
         {3, 256, "Char", "ERROR 0412 - dbf field length of 256 is outside allowable range of 1 to 255 when writing dbf file.", 64},
         {3, 0, "Decimal", "ERROR 0412 - dbf field length of 0 is outside allowable range of 1 to 255 when writing dbf file.", 64},
-        {3, 1, "Date", "Should not be here [Unrecognised DBF field] - please contact SUPPORTDESK.", 0},
-        {66, 1000, "Char", "Should not be here [dbfTotLen>32767] - please contact SUPPORTDESK.", 0},
+        {3, 1, "Date", "Should not be here [Unrecognised DBF field] - please contact the reachmap maintainers.", 0},
+        {66, 1000, "Char", "Should not be here [dbfTotLen>32767] - please contact the reachmap maintainers.", 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.message);
@@ -130,10 +130,10 @@ TEST_F(DbfWriter, RecordLineThatCannotBeSplit) {
     setAttributes({{"A", "Char", 3}, {"B", "Char", 3}});
     layer_ = openLayer();
     gisO_.isPoint = true;
-    EXPECT_GIS_STOP(record("ok,\"open"), "Should not be here [dbfdataline] - please contact SUPPORTDESK.\nok,\"open");
+    EXPECT_GIS_STOP(record("ok,\"open"), "Should not be here [dbfdataline] - please contact the reachmap maintainers.\nok,\"open");
     put(gisRecordLineLarge, "'x");
     EXPECT_GIS_STOP(gisWriteRecordLarge(layer_, gisO_),
-                    "Should not be here [dbfdatalinelarge] - please contact SUPPORTDESK.\n'x");
+                    "Should not be here [dbfdatalinelarge] - please contact the reachmap maintainers.\n'x");
     int32_t unit = gisDbf[layer_][1].dbfUnit;
     EXPECT_GIS_STOP(
         {
@@ -153,6 +153,6 @@ TEST_F(DbfWriter, RecordLineThatCannotBeSplit) {
 TEST_F(DbfWriter, ByteHelpers) {
     for (auto [in, out] : {std::pair{0, 0}, {127, 127}, {128, -128}, {255, -1}}) EXPECT_EQ(i1u(in), out) << in;
     for (auto [in, out] : {std::pair{0, 0}, {32767, 32767}, {32768, -32768}, {65535, -1}}) EXPECT_EQ(i2u(in), out) << in;
-    EXPECT_GIS_STOP(i1u(256), "Should not be here [i1u: i4 outside range] - please contact SUPPORTDESK.");
-    EXPECT_GIS_STOP(i2u(65536), "Should not be here [i2u: i4 outside range] - please contact SUPPORTDESK.");
+    EXPECT_GIS_STOP(i1u(256), "Should not be here [i1u: i4 outside range] - please contact the reachmap maintainers.");
+    EXPECT_GIS_STOP(i2u(65536), "Should not be here [i2u: i4 outside range] - please contact the reachmap maintainers.");
 }

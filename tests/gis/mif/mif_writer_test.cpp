@@ -173,7 +173,7 @@ TEST_F(MifWriter, PartsNotRisingStopBeforeAnyByte) {
     gisO_.ir[2] = 2;
     gisO_.ir[3] = 2;
     EXPECT_GIS_STOP(gisWriteObject(id, gisO_),
-                    "Should not be here [gisO_%ir(i) <= gisO_%ir(i-1)] - please contact SUPPORTDESK.\n"
+                    "Should not be here [gisO_%ir(i) <= gisO_%ir(i-1)] - please contact the reachmap maintainers.\n"
                     "GIS Layer   =    1\ni           =    3\ngisO_%ir(i) =    2\ngisO_%nr    =    3");
     EXPECT_EQ(mif(), header());
 }
@@ -182,7 +182,7 @@ TEST_F(MifWriter, Failures) {
     int32_t id = openLayer();
     gisO_.isEllipse = true;
     EXPECT_GIS_STOP(gisWriteObject(id, gisO_),
-                    "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact SUPPORTDESK.");
+                    "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact the reachmap maintainers.");
     gisClearObject(gisO_);
     gisO_.isPoint = true;
     gisO_.type = "Point";

@@ -37,7 +37,7 @@ TEST_F(Layers, StopsForLayerNumberZero) {
         {[] { gisWriteEoF(0); }, "gisWriteEoF"},
     };
     for (const auto& [call, name] : cases)
-        EXPECT_GIS_STOP(call(), std::string("Should not be here ") + name + "[gisID=0] - please contact SUPPORTDESK.");
+        EXPECT_GIS_STOP(call(), std::string("Should not be here ") + name + "[gisID=0] - please contact the reachmap maintainers.");
     // A slot that is not open has no family.
     for (const auto& [call, where] : std::initializer_list<std::pair<std::function<void()>, const char*>>{
              {[] { gisWriteHeader(5); }, "gisWriteHeader"},
@@ -47,10 +47,10 @@ TEST_F(Layers, StopsForLayerNumberZero) {
              {[] { gisWriteEoF(5); }, "gisWriteHeader"},
              {[] { int32_t id = 5; gisCloseLayer(id); }, "gisCloseLayer"},
          })
-        EXPECT_GIS_STOP(call(), std::string("Should not be here [") + where + "] - please contact SUPPORTDESK.");
+        EXPECT_GIS_STOP(call(), std::string("Should not be here [") + where + "] - please contact the reachmap maintainers.");
     // Closing layer 0 is only reported.
     const std::string out = console([&] { gisCloseLayer(zero); });
-    EXPECT_EQ(out, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact SUPPORTDESK.\n");
+    EXPECT_EQ(out, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact the reachmap maintainers.\n");
 }
 
 TEST_F(Layers, ResetsAndMessageSink) {
@@ -127,17 +127,17 @@ TEST_F(Layers, FormatsAndNames) {
 }
 
 TEST_F(Layers, OpenStops) {
-    EXPECT_GIS_STOP(gisOpenLayer(path("a.mif"), false, "X ", ""), "Should not be here [OpenGIS] - please contact SUPPORTDESK.");
+    EXPECT_GIS_STOP(gisOpenLayer(path("a.mif"), false, "X ", ""), "Should not be here [OpenGIS] - please contact the reachmap maintainers.");
     EXPECT_GIS_STOP(gisOpenLayer(path("a.shp"), false, "O ", "PQ"),
-                    "Should not be here [OpenshpFileType] - please contact SUPPORTDESK.");
+                    "Should not be here [OpenshpFileType] - please contact the reachmap maintainers.");
     GisDbfState dbf;
     GisShpState shp;
     EXPECT_GIS_STOP(OpenshpFile(path("a.mif"), "P", dbf, shp, "O ", false), "ERROR 0426 - .shp file not specified.");
     EXPECT_GIS_STOP(OpenshpFile(path("a.shp"), "P", dbf, shp, "O ", true), "ERROR 0426 - .dbf file not specified.");
     EXPECT_GIS_STOP(OpenshpFile(path("a.shp"), " ", dbf, shp, "O ", false),
-                    "Should not be here [OpenshpFileO] - please contact SUPPORTDESK.");
+                    "Should not be here [OpenshpFileO] - please contact the reachmap maintainers.");
     EXPECT_GIS_STOP(OpenshpFile(path("a.shp"), "P", dbf, shp, "BO", false),
-                    "Should not be here [OpenshpFile] - please contact SUPPORTDESK.");
+                    "Should not be here [OpenshpFile] - please contact the reachmap maintainers.");
 }
 
 TEST_F(Layers, InputLayers) {

@@ -135,11 +135,11 @@ TEST_F(Hostile, MifStops) {
 TEST_F(Hostile, LayerNumberAndFamilyStops) {
     double c = 0;
     float f = 0;
-    EXPECT_GIS_STOP(gisReadHeader(0), "Should not be here gisReadHeader[gisID=0] - please contact SUPPORTDESK.");
+    EXPECT_GIS_STOP(gisReadHeader(0), "Should not be here gisReadHeader[gisID=0] - please contact the reachmap maintainers.");
     EXPECT_GIS_STOP(gisReadObject(0, gisO_, gisX, gisY, 9, gisN, c, c, f, f, true),
-                    "Should not be here gisReadObject[gisID=0] - please contact SUPPORTDESK.");
+                    "Should not be here gisReadObject[gisID=0] - please contact the reachmap maintainers.");
     // A slot that is not open has no family.
-    EXPECT_GIS_STOP(gisObjectType(7, gisO_), "Should not be here [gisObjectType] - please contact SUPPORTDESK.");
+    EXPECT_GIS_STOP(gisObjectType(7, gisO_), "Should not be here [gisObjectType] - please contact the reachmap maintainers.");
 }
 
 TEST_F(Hostile, TolerantCases) {

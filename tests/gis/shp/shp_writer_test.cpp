@@ -174,10 +174,10 @@ TEST_F(ShpWriter, Failures) {
     EXPECT_GIS_STOP(gisWriteRecord(id, gisO_), "ERROR 0417 - Writing .dbf record.");
     EXPECT_GIS_STOP(gisWriteRecordLarge(id, gisO_), "ERROR 0417 - Writing large .dbf record.");
     gisClearObject(gisO_);
-    EXPECT_GIS_STOP(gisWriteObject(id, gisO_), "Should not be here [gisWriteObject-shp].  Please contact SUPPORTDESK.");
-    EXPECT_GIS_STOP(gisWriteRecord(id, gisO_), "Should not be here [gisWriteRecord-dbf].  Please contact SUPPORTDESK.");
+    EXPECT_GIS_STOP(gisWriteObject(id, gisO_), "Should not be here [gisWriteObject-shp].  Please contact the reachmap maintainers.");
+    EXPECT_GIS_STOP(gisWriteRecord(id, gisO_), "Should not be here [gisWriteRecord-dbf].  Please contact the reachmap maintainers.");
     EXPECT_GIS_STOP(gisWriteRecordLarge(id, gisO_),
-                    "Should not be here [gisWriteRecordLarge-dbf].  Please contact SUPPORTDESK.");
+                    "Should not be here [gisWriteRecordLarge-dbf].  Please contact the reachmap maintainers.");
     gisN = kGisMaxPoints + 5;
     gisO_.isMultiPoint = true;
     EXPECT_GIS_STOP(gisWriteObject(id, gisO_),
@@ -204,6 +204,6 @@ TEST_F(ShpWriter, Failures) {
             CLOSER(gisShp[id][1].shxUnitBE);
             gisWriteHeader(id);
         },
-        "Should not be here [shpnotopen] - please contact SUPPORTDESK.");
+        "Should not be here [shpnotopen] - please contact the reachmap maintainers.");
     gisCloseLayer(id);
 }
