@@ -76,18 +76,15 @@ inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& a
     return r;
 }
 
+// The lines of a text split at LF (a CR stays with its line).
 inline std::vector<std::string> lines(const std::string& s) {
-    std::vector<std::string> v;
-    std::string cur;
+    std::vector<std::string> v(1);
     for (char c : s) {
-        if (c == '\n') {
-            v.push_back(cur);
-            cur.clear();
-        } else {
-            cur += c;
-        }
+        if (c == '\n')
+            v.emplace_back();
+        else
+            v.back() += c;
     }
-    v.push_back(cur);
     return v;
 }
 
@@ -137,10 +134,6 @@ struct Bytes {
     }
     Bytes& zeros(int n) {
         b.append(static_cast<std::size_t>(n), '\0');
-        return *this;
-    }
-    Bytes& text(const std::string& s) {
-        b += s;
         return *this;
     }
     Bytes& padded(const std::string& s, int width, char pad = ' ', bool right = false) {
