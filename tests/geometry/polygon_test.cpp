@@ -1,6 +1,5 @@
 // Region membership on many random regions: convex, concave, self-crossing,
-// with holes, with vertices and edges on grid lines; then the failure reports
-// of membership and grid-line routines.
+// with holes, with vertices and edges on grid lines; then the failure reports.
 //
 // What is compared. Coordinates are multiples of 1/8 and cells 0.5, 1 or 2, so
 // an exact integer reference decides every grid point by the grid rule: an edge
@@ -19,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <functional>
 #include <numbers>
 #include <random>
@@ -56,7 +56,7 @@ struct Region {
 int64_t scaled(double v) { return std::llround(v * 8); }
 
 struct Reference {
-    bool inside = false, tie = false, onEdge = false;
+    bool inside = false, tie = false, onEdge = false;  // tie: on a sloping edge
 };
 
 Reference classify(const Region& r, double x, double y) {
@@ -182,6 +182,13 @@ TEST(PolygonProperty, FillAndSinglePointAgreeWithExactReference) {
     for (int c = 0; c < 2; ++c) EXPECT_GT(compared[c], 20 * skipped[c]) << c;
 }
 
+// The library ends a run with exit status 0. Outside the death tests, where it
+// is expected, such an end inside a test fails instead of passing unnoticed.
+bool exitExpected = false;
+const int exitGuard = std::atexit([] {
+    if (!exitExpected && ::testing::UnitTest::GetInstance()->current_test_info()) std::_Exit(1);
+});
+
 // The library's failure reports: exactly one line on the console, then the
 // orderly exit with status 0. Each statement sends standard output to the
 // error stream, which a death test reads, and turns the exit pause off. Of the
@@ -211,19 +218,20 @@ TEST(GeometryFailureDeathTest, ReportsAndExits) {
                                  a, b, c, d, n, xf, yf, nullptr, N, ends, 1);
          },
          sent("grid_inside_polygon routine [1]")},
-        // The point lists hold the region's own first point.
         {[&] { grid_inside_polygon_points(flags, xf, yf, 1, n, xf, yf, N, ends, 1); },
          sent("grid_inside_polygon routine [4]")},
         {[&] { grid_inside_polygon_points_8(flags, X, Y, 1, n, X, Y, N, ends, 1); },
          sent("grid_inside_polygon routine [5]")},
-        // Ten cells along row 1 against a limit of nine.
+        // Ten cells along row 1 exceed a limit of nine; they fill one of ten, and the run goes on.
         {[&] { gridline_5(0.2f, 0.3f, 9.7f, 0.3f, false, 1, 1, a, b, c, d, n, jc, ic, 9, 0, 0); },
          "SORRY - Exceeded limit of        9" + cells},
+        {[&] { gridline_5(0.2f, 0.3f, 9.7f, 0.3f, false, 1, 1, a, b, c, d, n, jc, ic, 10, 0, 0), std::exit(0); }, ""},
         // A limit of 0 cannot hold even the start cell of a segment without length.
         {[&] { gridline(1, 1, 1, 1, 1, 1, a, b, c, d, n, jc, ic, 0); }, "SORRY - Exceeded limit of        0" + cells},
     };
     for (const auto& k : cases) {
-        EXPECT_EXIT((::dup2(STDERR_FILENO, STDOUT_FILENO), fileUnitSettings.pauseOnPrematureExit = false, k.run()),
+        EXPECT_EXIT((exitExpected = true, ::dup2(STDERR_FILENO, STDOUT_FILENO),
+                     fileUnitSettings.pauseOnPrematureExit = false, k.run()),
                     ::testing::ExitedWithCode(0), ::testing::Eq(k.report));
     }
 }

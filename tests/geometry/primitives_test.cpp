@@ -43,7 +43,6 @@ TEST(Plane, EdgeRules) {
     // Two unit diagonals at 1e8 cross for the 64-bit form and collapse in float.
     EXPECT_EQ(INTERSECT_LINE_V2_8(1e8, 0, 1e8 + 2, 2, 1e8, 2, 1e8 + 2, 0), 3);
     EXPECT_EQ(INTERSECT_LINE_V2(1e8f, 0, 1e8f + 2, 2, 1e8f, 2, 1e8f + 2, 0), -1);
-
     // Meeting points of infinite lines, and angles between lines.
     float xp = 7, yp = 8;
     EXPECT_FALSE(INTERSECTION_POINT(1, 0, 1, 5, 3, 0, 3, 1, xp, yp));  // two verticals
