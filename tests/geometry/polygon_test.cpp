@@ -1,220 +1,239 @@
+// Region membership on many random regions: convex, concave, self-crossing,
+// with holes, with vertices and edges on grid lines; then the failure reports.
+//
+// What is compared. Coordinates are multiples of 1/8 and cells 0.5, 1 or 2, so
+// an exact integer reference decides every grid point by the grid rule: an edge
+// crosses the row line through a point when one end is below it and the other
+// at or above it (a vertex on the row counts as above, a horizontal edge never
+// crosses); a crossing counts when strictly left of the point (one at exactly
+// x = c * dx belongs to column c + 1); odd means inside. The 64-bit fill (marks
+// and values) equals it at every grid point but ties, points on a sloping edge,
+// whose side depends on the rounding of the crossing (its error is ~1e-13;
+// other crossings lie 1/8192 or more away). Vertical edges cross exactly.
+// INSIDE_POLYGON_8 equals it at every point on no edge, except on rows through
+// a polygon's second vertex (its walk starts there with no history of the path)
+// and at x = xmin - 10, where the ray shrinks to the point itself.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <numbers>
+#include <random>
 #include <string>
 #include <vector>
 
+#include "geometry/gridline.hpp"
 #include "geometry/polygon.hpp"
-#include "region_fixture.hpp"
+#include "runtime/units.hpp"
 
 namespace {
 
-const Ring kSquare = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
-const Ring kOuter = {{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-const Ring kHole = {{3, 3}, {7, 3}, {7, 7}, {3, 7}};
-const Ring kDiamond = {{2, 0}, {4, -2}, {6, 0}, {4, 2}};  // side vertices on y = 0
-const Ring kTouch = {{2, 0}, {4, 3}, {0, 3}};             // lowest vertex touches y = 0
-// Lower boundary rises to a horizontal edge on y = 1, then falls back.
-const Ring kBump = {{8, -1}, {8, 4}, {-1, 4}, {-1, -1}, {2, 1}, {4, 1}, {5, -1}};
-// Boundary comes up from below, runs along y = 1, and goes on upward.
-const Ring kStep = {{-2, -2}, {8, -2}, {8, 4}, {4, 4}, {4, 1}, {1, 1}, {1, -1}, {-2, -1}};
+using Ring = std::vector<std::pair<double, double>>;  // points without the closing repeat
 
-TEST(InsidePolygon, VerticesAndHorizontalEdgesOnTheRay) {
-    const struct {
-        const char* what;
-        TestRegion r;
-        double px, py;
-        bool inside;
-    } cases[] = {
-        {"square", region({kSquare}), 2, 2, true},
-        {"right of the square", region({kSquare}), 5, 2, false},
-        {"in the hole", region({kOuter, kHole}), 5, 5, false},
-        {"right of the hole", region({kOuter, kHole}), 8, 5, true},
-        {"hole listed first", region({kHole, kOuter}), 5, 5, false},
-        {"ray through one vertex", region({kDiamond}), 4, 0, true},
-        {"ray through two vertices", region({kDiamond}), 7, 0, false},
-        {"vertex touching the ray", region({kTouch}), 5, 0, false},
-        {"horizontal edge on the ray, path turns back", region({kBump}), 6, 1, true},
-        {"under the bump", region({kBump}), 3, 0.5, false},
-        {"horizontal edge on the ray, path goes on", region({kStep}), 6, 1, true},
-        {"above the step's horizontal edge", region({kStep}), 3, 2, false},
-        {"left of the step's horizontal edge", region({kStep}), 0, 1, false},
-        // Listed from (4, -2), the diamond's walk starts with the edge leaving
-        // (6, 0) before any edge has set prev: at (7, 0) only the far vertex
-        // counts, and the point comes out inside.
-        {"first walked vertex on the ray meets a stale prev", region({{{4, -2}, {6, 0}, {4, 2}, {2, 0}}}), 7, 0,
-         true},
-    };
-    for (const auto& c : cases) {
-        const TestRegion& r = c.r;
-        const auto xf = r.Xf(), yf = r.Yf();
-        EXPECT_EQ(INSIDE_POLYGON_8(c.px, c.py, r.X.data(), r.Y.data(), r.N(), r.xmin(), r.ends.data(), r.npoly),
-                  c.inside)
-            << c.what;
-        EXPECT_EQ(INSIDE_POLYGON(float(c.px), float(c.py), xf.data(), yf.data(), r.N(), float(r.xmin()),
-                                 r.ends.data(), r.npoly),
-                  c.inside)
-            << c.what;
-        EXPECT_EQ(inside_polygon_or_edge_8(c.px, c.py, r.X.data(), r.Y.data(), r.N(), -5, r.ends.data(), r.npoly),
-                  c.inside)
-            << c.what;
-    }
-    // Fewer than three slots: never inside.
-    const double X[] = {0, 0, 1}, Y[] = {0, 0, 1};
-    const int32_t ends[] = {0, 2};
-    EXPECT_FALSE(INSIDE_POLYGON_8(0.5, 0.5, X, Y, 2, -1, ends, 1));
-}
+// A region in the slot layout of the membership routines: each ring's points,
+// the first repeated, then a copy of the second; ends[p] is the slot of the
+// repeat. Element 0 of each array is unused.
+struct Region {
+    std::vector<double> X{0.0}, Y{0.0};
+    std::vector<int32_t> ends{0}, starts{0};
+    int32_t npoly = 0;
 
-TEST(InsidePolygon, EdgeAndConvexForms) {
-    const TestRegion r = region({kSquare});
-    // On the top edge's line beyond its end: |AP| is measured from the edge's
-    // first point (4, 4) only, so within |AB| = 4 of it counts as on the edge.
-    const struct {
-        double px, py;
-        bool onEdge, convex;
-    } cases[] = {{4, 2, true, true},        {2, 4, true, true},         {0, 0, true, true},
-                 {2, 2, true, true},        {4.0001, 2, false, false},  {2, -0.0001, false, false},
-                 {6, 4, true, false},       {9, 4, false, false},       {6, 0, false, false}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(inside_polygon_or_edge_8(c.px, c.py, r.X.data(), r.Y.data(), r.N(), -1, r.ends.data(), 1), c.onEdge)
-            << c.px << "," << c.py;
-        EXPECT_EQ(inside_convex_polygon_8(c.px, c.py, 4, r.X.data(), r.Y.data()), c.convex) << c.px << "," << c.py;
-    }
-    const double Xc[] = {0, 0, 0, 4, 4, 0}, Yc[] = {0, 0, 4, 4, 0, 0};  // clockwise
-    EXPECT_TRUE(inside_convex_polygon_8(2, 1, 4, Xc, Yc));
-    EXPECT_FALSE(inside_convex_polygon_8(5, 1, 4, Xc, Yc));
-    EXPECT_FALSE(inside_convex_polygon_8(2, 1, 0, Xc, Yc));
-    EXPECT_TRUE(inside_convex_polygon_8(0, 2, 1, Xc, Yc));  // one edge: only a point on it
-    EXPECT_FALSE(inside_convex_polygon_8(1, 2, 1, Xc, Yc));
-}
-
-// Fills a dimJ x dimI grid (unit cells unless told) and draws it, top row first.
-struct Grid {
-    int32_t dimJ, dimI;
-    std::vector<uint8_t> inside, crossings;
-    std::vector<int32_t> ivalues;
-    std::vector<float> rvalues;
-    int32_t jMin = 0, iMin = 0, jMax = 0, iMax = 0, count = -1;
-    Grid(int32_t j, int32_t i, uint8_t background = 0)
-        : dimJ(j), dimI(i), inside(std::size_t(j * i), background), crossings(inside.size()),
-          ivalues(inside.size()), rvalues(inside.size()) {}
-    std::size_t at(int32_t j, int32_t i) const { return gridIndex(j, i, dimJ); }
-    void fill(const TestRegion& r, double dx = 1, double dy = 1, int32_t offJ = 0, int32_t offI = 0,
-              bool setValues = false, bool useInteger = false, bool useConstant = true, float value = 0,
-              bool accumulate = false, const float* Z = nullptr) {
-        grid_inside_polygon_8(inside.data(), crossings.data(), ivalues.data(), rvalues.data(), dimJ, dimI, dx, dy,
-                              offJ, offI, true, setValues, useInteger, useConstant, value, accumulate, jMin, iMin,
-                              jMax, iMax, count, r.X.data(), r.Y.data(), Z, r.N(), r.ends.data(), r.npoly);
-    }
-    std::string picture() const {
-        std::string s;
-        for (int32_t j = dimJ; j >= 1; --j) {
-            for (int32_t i = 1; i <= dimI; ++i) s += ".#23456789"[inside[at(j, i)]];
-            s += '\n';
+    void add(const Ring& ring) {
+        starts.push_back(N() + 1);
+        for (std::size_t k = 0; k <= ring.size() + 1; ++k) {  // the first point again, then the second
+            X.push_back(ring[k % ring.size()].first);
+            Y.push_back(ring[k % ring.size()].second);
         }
-        return s;
+        ends.push_back(N() - 1);
+        ++npoly;
+    }
+    int32_t N() const { return static_cast<int32_t>(X.size()) - 1; }
+};
+
+int64_t scaled(double v) { return std::llround(v * 8); }
+
+struct Reference {
+    bool inside = false, tie = false, onEdge = false;  // tie: on a sloping edge
+};
+
+Reference classify(const Region& r, double x, double y) {
+    const int64_t px = scaled(x), py = scaled(y);
+    Reference out;
+    int crossings = 0;
+    for (int32_t p = 1; p <= r.npoly; ++p) {
+        for (int32_t s = r.starts[p]; s < r.ends[p]; ++s) {
+            const int64_t xA = scaled(r.X[s]), yA = scaled(r.Y[s]), xB = scaled(r.X[s + 1]), yB = scaled(r.Y[s + 1]);
+            out.onEdge |= (xB - xA) * (py - yA) == (yB - yA) * (px - xA) && px >= std::min(xA, xB) &&
+                          px <= std::max(xA, xB) && py >= std::min(yA, yB) && py <= std::max(yA, yB);
+            if ((yA < py) == (yB < py)) continue;
+            const int64_t num = (xA - px) * (yB - yA) + (py - yA) * (xB - xA), den = yB - yA;  // x - px = num / den
+            out.tie |= num == 0 && xA != xB;
+            crossings += (num < 0) != (den < 0) && num != 0;
+        }
+    }
+    out.inside = crossings & 1;
+    return out;
+}
+
+struct Maker {
+    std::mt19937 rng{20240611u};
+    double dx = 1, dy = 1;
+    double uni(double a, double b) { return std::uniform_real_distribution<double>(a, b)(rng); }
+    int irand(int a, int b) { return std::uniform_int_distribution<int>(a, b)(rng); }
+    // To 1/8, or now and then onto a grid line.
+    double snap(double v, double cell) {
+        v = std::clamp(v, -16.0, 112.0);
+        return uni(0, 1) < 0.3 ? std::clamp(std::round(v / cell) * cell, -16.0, 112.0) : std::round(v * 8) / 8;
+    }
+    // Points round a centre; in random order the ring crosses itself.
+    Ring star(double cx, double cy, double rmin, double rmax, int nv, bool sorted = true) {
+        std::vector<double> a(static_cast<std::size_t>(nv));
+        for (auto& v : a) v = uni(0, 2 * std::numbers::pi);
+        if (sorted) std::sort(a.begin(), a.end());
+        Ring ring;
+        for (double t : a) {
+            const double rad = uni(rmin, rmax);
+            ring.emplace_back(snap(cx + rad * std::cos(t), dx), snap(cy + rad * std::sin(t), dy));
+        }
+        return ring;
+    }
+    Region make() {
+        Region r;
+        for (int parts = irand(1, 3); parts > 0; --parts) {
+            const double cx = uni(-5, 90), cy = uni(-5, 90), R = uni(2, 45);
+            switch (irand(0, 4)) {
+                case 0: r.add(star(cx, cy, R, R, irand(3, 24))); break;               // convex
+                case 1: r.add(star(cx, cy, 0.3 * R, R, irand(3, 60))); break;         // concave
+                case 2: r.add(star(cx, cy, 0.1 * R, R, irand(3, 25), false)); break;  // self-crossing
+                case 3:                                                               // with a hole
+                    r.add(star(cx, cy, 0.7 * R, R, irand(5, 50)));
+                    r.add(star(cx, cy, 0.1 * R, 0.5 * R, irand(3, 30)));
+                    break;
+                default: {  // rectangle on grid lines
+                    const double x0 = dx * irand(-3, 40), y0 = dy * irand(-3, 40);
+                    const double x1 = x0 + dx * irand(1, 30), y1 = y0 + dy * irand(1, 30);
+                    r.add({{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}});
+                }
+            }
+        }
+        return r;
     }
 };
 
-TEST(GridInsidePolygon, HolesTieRuleAndWindow) {
-    Grid ring(8, 8);
-    ring.fill(region({{{0.5, 0.5}, {7.5, 0.5}, {7.5, 7.5}, {0.5, 7.5}}, {{2.5, 2.5}, {4.5, 2.5}, {4.5, 5.5}, {2.5, 5.5}}}));
-    EXPECT_EQ(ring.count, 43);
-    EXPECT_EQ(ring.picture(), "........\n#######.\n#######.\n##..###.\n##..###.\n##..###.\n#######.\n#######.\n");
-    // Edges on grid lines: a crossing at x = c * dx counts for column c + 1 and
-    // a vertex on a row line counts as above it, so the right and top edges'
-    // points are in, the left and bottom ones' out.
-    Grid tie(6, 7);
-    tie.fill(region({{{2, 2}, {5, 2}, {5, 4}, {2, 4}}}));
-    EXPECT_EQ(tie.picture(), ".......\n.......\n..###..\n..###..\n.......\n.......\n");
-    Grid cells(10, 4);  // cells of 2 by 0.5: x = 2, 4 and y = 2.5 .. 4
-    cells.fill(region({{{2, 2}, {5, 2}, {5, 4}, {2, 4}}}), 2, 0.5);
-    EXPECT_EQ(cells.count, 4);
-    EXPECT_EQ(cells.inside[cells.at(5, 2)], 1);
-    // A region past both sides and above the grid: the margins stay untouched,
-    // crossings left of the window gather in its first column, those right of
-    // it and edges above it drop out.
-    Grid wide(10, 12, 7);
-    wide.fill(region({{{-5, -5}, {100, -5}, {100, 40}, {50, 60}, {-5, 40}}}), 1, 1, 2, 3);
-    EXPECT_EQ(wide.jMin, 2);
-    EXPECT_EQ(wide.jMax, 8);
-    EXPECT_EQ(wide.iMin, 3);
-    EXPECT_EQ(wide.iMax, 9);
-    EXPECT_EQ(wide.count, 49);
-    for (int32_t i = 1; i <= 12; ++i) {
-        for (int32_t j = 1; j <= 10; ++j) {
-            EXPECT_EQ(wide.inside[wide.at(j, i)], (j >= 2 && j <= 8 && i >= 3 && i <= 9) ? 1 : 7) << j << "," << i;
+TEST(PolygonProperty, FillAndSinglePointAgreeWithExactReference) {
+    Maker mk;
+    long compared[2] = {}, skipped[2] = {}, insideSeen = 0;  // fill, single point
+    for (int trial = 0; trial < 400 && !::testing::Test::HasFailure(); ++trial) {
+        const double dx = mk.dx = std::ldexp(1.0, mk.irand(-1, 1)), dy = mk.dy = std::ldexp(1.0, mk.irand(-1, 1));
+        const Region r = mk.make();
+        const double xmin = *std::min_element(r.X.begin() + 1, r.X.end());
+        const int32_t dimJ = mk.irand(5, 60), dimI = mk.irand(5, 60), offJ = mk.irand(0, 3), offI = mk.irand(0, 3);
+        const bool accumulate = mk.irand(0, 1);
+        const std::size_t size = std::size_t(dimJ * dimI);
+        SCOPED_TRACE(::testing::Message() << "trial " << trial);
+
+        std::vector<uint8_t> in(size, 2), scratch(size);
+        std::vector<float> values(size, 10.0f);
+        int32_t jMin, iMin, jMax, iMax, count;
+        grid_inside_polygon_8(in.data(), scratch.data(), nullptr, values.data(), dimJ, dimI, dx, dy, offJ, offI, true,
+                              true, false, true, 0.5f, accumulate, jMin, iMin, jMax, iMax, count, r.X.data(),
+                              r.Y.data(), nullptr, r.N(), r.ends.data(), r.npoly);
+
+        int32_t marked = 0;
+        for (int32_t i = 1; i <= dimI; ++i) {
+            for (int32_t j = 1; j <= dimJ; ++j) {
+                const std::size_t at = gridIndex(j, i, dimJ);
+                const bool inWindow = j >= jMin && j <= jMax && i >= iMin && i <= iMax;
+                const bool inMargins =
+                    j >= std::max(1, offJ) && j <= dimJ - offJ && i >= std::max(1, offI) && i <= dimI - offI;
+                ASSERT_TRUE(inWindow ? in[at] <= 1 : in[at] == 2 && values[at] == 10) << j << "," << i;
+                ASSERT_TRUE(!inWindow || inMargins);
+                marked += in[at] == 1;
+
+                const Reference ref = classify(r, i * dx, j * dy);
+                if (ref.tie) {
+                    ++skipped[0];
+                } else {
+                    ++compared[0];
+                    insideSeen += ref.inside;
+                    if (inMargins) {
+                        EXPECT_EQ(in[at] == 1, ref.inside) << "fill at " << j << "," << i;
+                        EXPECT_EQ(values[at], ref.inside ? (accumulate ? 10.5f : 0.5f) : 10.0f) << j << "," << i;
+                    }
+                }
+                bool secondVertexRow = false;
+                for (int32_t p = 1; p <= r.npoly; ++p) secondVertexRow |= r.Y[r.starts[p] + 1] == j * dy;
+                if (ref.onEdge || secondVertexRow || i * dx == xmin - 10) {
+                    ++skipped[1];
+                    continue;
+                }
+                ++compared[1];
+                EXPECT_EQ(INSIDE_POLYGON_8(i * dx, j * dy, r.X.data(), r.Y.data(), r.N(), xmin, r.ends.data(), r.npoly),
+                          ref.inside)
+                    << "INSIDE_POLYGON_8 at " << j << "," << i;
+            }
         }
+        EXPECT_EQ(count, marked);
     }
-    // A region beyond the grid: count 0, nothing touched.
-    Grid none(5, 5, 7);
-    none.fill(region({{{100, 2}, {110, 2}, {110, 4}}}), 1, 1, 0, 0, true, false, true, 9);
-    EXPECT_EQ(none.count, 0);
-    for (std::size_t k = 0; k < none.inside.size(); ++k) EXPECT_TRUE(none.inside[k] == 7 && none.rvalues[k] == 0);
+    EXPECT_GT(insideSeen, 30000);
+    for (int c = 0; c < 2; ++c) EXPECT_GT(compared[c], 20 * skipped[c]) << c;
 }
 
-TEST(GridInsidePolygon, Values) {
-    const TestRegion r = region({{{0.5, 0.5}, {2.5, 0.5}, {2.5, 2.5}, {0.5, 2.5}}});  // points (1..2, 1..2)
-    Grid g(3, 3);
-    g.fill(r, 1, 1, 0, 0, true, true, true, 2.5f);  // rounded half away from zero
-    EXPECT_EQ(g.ivalues[g.at(1, 1)], 3);
-    g.fill(r, 1, 1, 0, 0, true, true, true, -2.5f, true);
-    EXPECT_EQ(g.ivalues[g.at(2, 2)], 0);
-    g.fill(r, 1, 1, 0, 0, true, false, true, 1.25f);
-    g.fill(r, 1, 1, 0, 0, true, false, true, 1.25f, true);
-    EXPECT_EQ(g.rvalues[g.at(2, 1)], 2.5f);
-    EXPECT_EQ(g.rvalues[g.at(3, 1)], 0.0f);
-    g.fill(r, 1, 1, 0, 0, false, false, true, 100);  // no values asked
-    g.fill(r, 1, 1, 0, 0, true, false, false, 100);  // no triangle, no constant
-    EXPECT_EQ(g.count, 4);
-    EXPECT_EQ(g.rvalues[g.at(2, 1)], 2.5f);
+// The library ends a run with exit status 0. Outside the death tests, where it
+// is expected, such an end inside a test fails instead of passing unnoticed.
+bool exitExpected = false;
+const int exitGuard = std::atexit([] {
+    if (!exitExpected && ::testing::UnitTest::GetInstance()->current_test_info()) std::_Exit(1);
+});
 
-    // A triangle interpolates from its corners' Z: a plane stays a plane.
-    const TestRegion t = region({{{0.3, 0.2}, {9.6, 1.1}, {4.2, 8.7}}});
-    auto plane = [](double x, double y) { return float(1 + 2 * x + 3 * y); };
-    const float Z[] = {0, plane(0.3, 0.2), plane(9.6, 1.1), plane(4.2, 8.7)};
-    Grid p(10, 10);
-    p.fill(t, 1, 1, 0, 0, true, false, false, 0, false, Z);
-    EXPECT_GT(p.count, 30);
-    for (int32_t i = 1; i <= 10; ++i) {
-        for (int32_t j = 1; j <= 10; ++j) {
-            const float want = p.inside[p.at(j, i)] ? plane(i, j) : 0.0f;
-            EXPECT_NEAR(p.rvalues[p.at(j, i)], want, 1e-4 * want) << i << "," << j;
-        }
+// The library's failure reports: exactly one line on the console, then the
+// orderly exit with status 0. Each statement sends standard output to the
+// error stream, which a death test reads, and turns the exit pause off. Of the
+// routines that share their failing code, one stands for all.
+TEST(GeometryFailureDeathTest, ReportsAndExits) {
+    auto sent = [](const char* to) {
+        return "Invalid number of polygons in region sent to " + std::string(to) +
+               " - contact the reachmap maintainers\n";
+    };
+    const std::string cells = " HX cells per HX polyline segment.  Contact the reachmap maintainers.\n";
+    // Two squares in the slots, but npoly = 1: ends describes only the first.
+    const double X[] = {0, 0, 4, 4, 0, 0, 4, 6, 8, 8, 6, 6, 8}, Y[] = {0, 0, 0, 4, 4, 0, 0, 0, 0, 4, 4, 0, 0};
+    const float xf[] = {0, 0, 4, 4, 0, 0, 4, 6, 8, 8, 6, 6, 8}, yf[] = {0, 0, 0, 4, 4, 0, 0, 0, 0, 4, 4, 0, 0};
+    const int32_t N = 12, ends[] = {0, 5, 11};
+    ASSERT_TRUE(INSIDE_POLYGON_8(7, 2, X, Y, N, -1, ends, 2));  // described fully, it is fine
+    uint8_t in[100], cr[100];
+    int32_t a, b, c, d, n, flags[2], jc[11], ic[11];
+    const struct {
+        std::function<void()> run;
+        std::string report;
+    } cases[] = {
+        {[&] { INSIDE_POLYGON(7, 2, xf, yf, N, -1, ends, 1); }, sent("inside_polygon routine [1]")},
+        {[&] { inside_polygon_or_edge_8(7, 2, X, Y, N, -1, ends, 1); }, sent("inside_polygon routine [1]")},
+        {[&] { INSIDE_POLYGON_8(7, 2, X, Y, N, -1, ends, 1); }, sent("inside_polygon routine [2]")},
+        {[&] {
+             grid_inside_polygon(in, cr, nullptr, nullptr, 10, 10, 1.0f, 1.0f, 0, 0, true, false, false, true, 0, false,
+                                 a, b, c, d, n, xf, yf, nullptr, N, ends, 1);
+         },
+         sent("grid_inside_polygon routine [1]")},
+        {[&] { grid_inside_polygon_points(flags, xf, yf, 1, n, xf, yf, N, ends, 1); },
+         sent("grid_inside_polygon routine [4]")},
+        {[&] { grid_inside_polygon_points_8(flags, X, Y, 1, n, X, Y, N, ends, 1); },
+         sent("grid_inside_polygon routine [5]")},
+        // Ten cells along row 1 exceed a limit of nine; they fill one of ten, and the run goes on.
+        {[&] { gridline_5(0.2f, 0.3f, 9.7f, 0.3f, false, 1, 1, a, b, c, d, n, jc, ic, 9, 0, 0); },
+         "SORRY - Exceeded limit of        9" + cells},
+        {[&] { gridline_5(0.2f, 0.3f, 9.7f, 0.3f, false, 1, 1, a, b, c, d, n, jc, ic, 10, 0, 0), std::exit(0); }, ""},
+        // A limit of 0 cannot hold even the start cell of a segment without length.
+        {[&] { gridline(1, 1, 1, 1, 1, 1, a, b, c, d, n, jc, ic, 0); }, "SORRY - Exceeded limit of        0" + cells},
+    };
+    for (const auto& k : cases) {
+        EXPECT_EXIT((exitExpected = true, ::dup2(STDERR_FILENO, STDOUT_FILENO),
+                     fileUnitSettings.pauseOnPrematureExit = false, k.run()),
+                    ::testing::ExitedWithCode(0), ::testing::Eq(k.report));
     }
-}
-
-TEST(GridInsidePolygonPoints, FlagsAndValues) {
-    const TestRegion r = region({kOuter, kHole});
-    // in, hole, left of the box by a hair, below it by a hair, on the right
-    // edge (its crossing is not strictly left: three crossings), bottom-left
-    // corner, on the top edge (the vertical edges end at or above py)
-    const double px[] = {0, 1, 5, -1e-9, 5, 10, 0, 5};
-    const double py[] = {0, 5, 5, 5, -1e-9, 5, 0, 10};
-    const std::vector<int32_t> want = {7, 1, 0, 0, 0, 1, 0, 1};
-    std::vector<int32_t> flags(8, 7);
-    int32_t count = -1;
-    grid_inside_polygon_points_8(flags.data(), px, py, 7, count, r.X.data(), r.Y.data(), r.N(), r.ends.data(), 2);
-    EXPECT_EQ(flags, want);
-    EXPECT_EQ(count, 3);
-    const std::vector<float> pxf(px, px + 8), pyf(py, py + 8), xf = r.Xf(), yf = r.Yf();
-    grid_inside_polygon_points(flags.data(), pxf.data(), pyf.data(), 7, count, xf.data(), yf.data(), r.N(),
-                               r.ends.data(), 2);
-    EXPECT_EQ(flags, want);
-
-    // Values for flagged points; a triangle value that cannot be formed (the
-    // point on the line from corner 3 parallel to 1-2) leaves the point alone.
-    const TestRegion t = region({{{0, 0}, {4, 0}, {0, 4}}});
-    const float Z[] = {0, 0, 4, 4};  // z = x + y
-    const int32_t set[] = {0, 1, 0, 1};
-    const double qx[] = {0, 1, 2, 3}, qy[] = {0, 1, 1, 4};
-    std::vector<float> rv = {0, -5, -5, -5};
-    grid_set_inside_points(set, qx, qy, nullptr, rv.data(), 3, false, false, 0, false, t.X.data(), t.Y.data(), Z, 5);
-    EXPECT_NEAR(rv[1], 2.0f, 1e-6);
-    EXPECT_EQ(rv[2], -5.0f);
-    EXPECT_EQ(rv[3], -5.0f);
-    std::vector<int32_t> iv = {0, 10, 10, 10};
-    grid_set_inside_points(set, qx, qy, iv.data(), rv.data(), 3, true, false, 1.5f, true, nullptr, nullptr, nullptr, 0);
-    EXPECT_EQ(iv, (std::vector<int32_t>{0, 12, 10, 12}));
 }
 
 }  // namespace
