@@ -19,7 +19,7 @@ TEST(ExtractValue, KeywordOrColumn) {
     } cases[] = {
         {"ID = 7, Name = x", "NAME", 0, false, ExtractFound::keyword, "x"},
         {"width = 3, id = 5", "id", 0, false, ExtractFound::keyword, "3"},  // plain search: "id" in "width"
-        {"name x, id = 4", "name", 0, false, ExtractFound::keyword, "4"},     // the first "=" behind it counts
+        {"name x, id = 4", "name", 0, false, ExtractFound::keyword, "4"},   // the first "=" behind it counts
         {"Name = \"a,b\", ID = 3", "name", 0, false, ExtractFound::keyword, "a,b"},
         {"Name =   \"  lead\"", "name", 0, false, ExtractFound::keyword, "lead"},
         {"id = 1, note = a, \"b\", c", "note", 0, false, ExtractFound::keyword, "a"},

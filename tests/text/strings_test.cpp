@@ -19,9 +19,9 @@ TEST(TextModel, CapacityPaddingAndTrailingTab) {
 
 TEST(Asame, NormalForms) {
     const std::tuple<const char*, const char*, bool, bool> cases[] = {
-        {"Shp", "SHP", true, false},   {"  MIF", "MIF  ", true, true},  {"\"mif\"", "mif", true, true},
-        {"A B", "AB", false, false},   {"", "", true, true},            {"", "'\"\"'", true, true},
-        {"x\ty", "xy", true, true},    {"abc", "abd", false, false},    {"abc", "abcd", false, false},
+        {"Shp", "SHP", true, false},   {"  MIF", "MIF  ", true, true}, {"\"mif\"", "mif", true, true},
+        {"A B", "AB", false, false},   {"", "", true, true},           {"", "'\"\"'", true, true},
+        {"x\ty", "xy", true, true},    {"abc", "abd", false, false},   {"abc", "abcd", false, false},
         {"-shp", "shp", false, false}, {"\xE9", "\xC9", false, false},  // bytes above 0x7F are never letters
         {"m'i'f", "MIF", true, false},  // a quote inside a word vanishes
         {"\t x", "x", true, true},      // tab deleted, then leading blank dropped
