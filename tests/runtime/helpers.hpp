@@ -1,4 +1,5 @@
-// Test helpers: a temporary folder, capture of the console, the child program.
+// Test helpers: a temporary folder, files, the console captured, units opened
+// quietly, the child program, and stops through the orderly exit.
 #pragma once
 
 #include <fcntl.h>
@@ -6,16 +7,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
+#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "runtime/console.hpp"
+#include "runtime/units.hpp"
 
 extern char** environ;
 
@@ -38,9 +38,7 @@ struct TempDir {
 
 inline std::string readFile(const std::string& name) {
     std::ifstream in(name, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 inline void writeFile(const std::string& name, const std::string& bytes) {
@@ -66,48 +64,70 @@ std::string captureConsole(F body) {
     return s;
 }
 
-struct ChildRun {
-    int status = -1;  // exit status, -1 when it did not end normally
-    std::string out;
-    std::string err;
-};
+// Opening and closing without the reports on the test's console.
+inline int32_t openUnit(const char* mode, const std::string& name) {
+    int32_t u = 0;
+    captureConsole([&] { OPENERFREE(u, mode, name, 0); });
+    return u;
+}
+inline void closeUnit(int32_t& u) {
+    captureConsole([&] { CLOSER(u); });
+}
 
-// Runs the child program. `input` null: standard input closed; otherwise a
-// file with that content. Waits for the end.
-inline ChildRun runChild(const std::vector<std::string>& args, const std::string* input) {
-    TempDir io;
-    std::string inName = io / "in", outName = io / "out", errName = io / "err";
+// Starts the child program with `stdinFd` as its standard input (closed when
+// -1) and its standard output going to the named file.
+inline pid_t spawnChild(const std::vector<std::string>& args, int stdinFd, const std::string& outName) {
     posix_spawn_file_actions_t fa;
     posix_spawn_file_actions_init(&fa);
-    if (input != nullptr) {
-        writeFile(inName, *input);
-        posix_spawn_file_actions_addopen(&fa, 0, inName.c_str(), O_RDONLY, 0);
+    if (stdinFd >= 0) {
+        posix_spawn_file_actions_adddup2(&fa, stdinFd, 0);
     } else {
         posix_spawn_file_actions_addclose(&fa, 0);
     }
     posix_spawn_file_actions_addopen(&fa, 1, outName.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    posix_spawn_file_actions_addopen(&fa, 2, errName.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
     std::vector<std::string> all{RUNTIME_CHILD};
     all.insert(all.end(), args.begin(), args.end());
     std::vector<char*> argv;
     for (std::string& a : all) argv.push_back(a.data());
     argv.push_back(nullptr);
-    pid_t pid = 0;
-    ChildRun r;
-    if (posix_spawn(&pid, RUNTIME_CHILD, &fa, nullptr, argv.data(), environ) != 0) return r;
+    pid_t pid = -1;
+    if (posix_spawn(&pid, RUNTIME_CHILD, &fa, nullptr, argv.data(), environ) != 0) pid = -1;
     posix_spawn_file_actions_destroy(&fa);
+    return pid;
+}
+
+struct ChildRun {
+    int status = -1;  // exit status, -1 when it did not end normally
+    std::string out;
+};
+
+// Runs the child program to its end; standard input closed when there is no `input`.
+inline ChildRun runChild(const std::vector<std::string>& args, const std::optional<std::string>& input) {
+    TempDir io;
+    if (input) writeFile(io / "in", *input);
+    const int in = input ? ::open((io / "in").c_str(), O_RDONLY | O_CLOEXEC) : -1;
+    const pid_t pid = spawnChild(args, in, io / "out");
+    if (in >= 0) ::close(in);
+    ChildRun r;
     int st = 0;
-    ::waitpid(pid, &st, 0);
-    if (WIFEXITED(st)) r.status = WEXITSTATUS(st);
-    r.out = readFile(outName);
-    r.err = readFile(errName);
+    if (pid > 0 && ::waitpid(pid, &st, 0) == pid && WIFEXITED(st)) r.status = WEXITSTATUS(st);
+    r.out = readFile(io / "out");
     return r;
 }
 
-inline int count(const std::string& s, const std::string& part) {
-    int n = 0;
-    for (std::size_t p = s.find(part); p != std::string::npos; p = s.find(part, p + 1)) ++n;
-    return n;
-}
-
 }  // namespace testutil
+
+// The statement ends the run through the orderly exit, status 0, without the
+// pause, with console output (sent to the error stream) matching `regex`.
+#define EXPECT_STOP(statement, regex)                          \
+    do {                                                       \
+        conFlush();                                            \
+        EXPECT_EXIT(                                           \
+            {                                                  \
+                fileUnitSettings.pauseOnPrematureExit = false; \
+                ::dup2(2, 1);                                  \
+                statement;                                     \
+            },                                                 \
+            ::testing::ExitedWithCode(0), regex);              \
+    } while (0)
