@@ -1,0 +1,261 @@
+// A layer holding every kind of object, written in both families, read back
+// by independent readers (GDAL's ogrinfo, shapelib's shpdump and dbfdump,
+// pyshp) and through our own reading sequence.
+#include <cmath>
+#include <functional>
+#include <regex>
+#include <sstream>
+
+#include "gis_test_util.hpp"
+#include "reading/reading_util.hpp"
+
+using namespace gistest;
+using reading::Want;
+
+namespace {
+
+const Points kSquare = {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}};
+const Points kHole = {{2, 2}, {4, 2}, {4, 4}, {2, 4}, {2, 2}};
+
+Points join(Points a, const Points& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+struct Sample {
+    const char* kind;  // as our reader names it, and the Kind attribute
+    bool GisObject::*flag;
+    Points points;
+    std::vector<int32_t> starts;  // of the parts
+    int set;                      // SHP set: 1 points, 2 lines, 3 polygons, 0 every set
+    const char* wkt;              // as an independent reader gives it
+    std::vector<Points> read;     // as our reader gives the MIF object back: region slots hold
+                                  // a copy of each ring's second point
+    std::optional<std::array<double, 4>> derived = std::nullopt;  // centre, angle, length
+};
+
+const std::vector<Sample>& samples() {
+    static const float l = std::sqrt(2.0f) * 3;
+    static const std::vector<Sample> s = {
+        {"point", &GisObject::isPoint, {{300000.5, 6000000.25}}, {}, 1, "POINT (300000.5 6000000.25)",
+         {{{300000.5, 6000000.25}}}},
+        {"multipoint", &GisObject::isMultiPoint, {{1, 2}, {3, 4}, {5, 6}}, {}, 1, "MULTIPOINT ((1 2),(3 4),(5 6))",
+         {{{1, 2}}, {{3, 4}}, {{5, 6}}}},
+        {"line", &GisObject::isLine, {{10, 10}, {20, 25}}, {}, 2, "LINESTRING (10 10,20 25)", {{{10, 10}, {20, 25}}},
+         {{15, 17.5, 56.309932, std::sqrt(325.0)}}},
+        {"pline", &GisObject::isPline, {{0, 0}, {1, 1}, {2, 0}, {3, 1}}, {}, 2, "LINESTRING (0 0,1 1,2 0,3 1)",
+         {{{0, 0}, {1, 1}, {2, 0}, {3, 1}}}, {{1.5, 0.5, -45, l}}},
+        {"plinemultiple", &GisObject::isPlineMultiple, {{0, 0}, {1, 1}, {5, 5}, {6, 6}, {7, 5}}, {1, 3}, 2,
+         "MULTILINESTRING ((0 0,1 1),(5 5,6 6,7 5))", {{{0, 0}, {1, 1}}, {{5, 5}, {6, 6}, {7, 5}}}},
+        {"region", &GisObject::isRegion, kSquare, {}, 3, "POLYGON ((0 0,0 10,10 10,10 0,0 0))",
+         {join(kSquare, {{0, 10}})}, {{5, 5, 0, 0}}},
+        {"region", &GisObject::isRegion, join(kSquare, kHole), {1, 6}, 3,
+         "POLYGON ((0 0,0 10,10 10,10 0,0 0),(2 2,4 2,4 4,2 4,2 2))",
+         {join(join(kSquare, {{0, 10}}), join(kHole, {{4, 2}}))}, {{3.2, 4.2, 0, 0}}},
+        {"text", &GisObject::isText, {{7, 8}, {7, 8}, {9, 9}}, {}, 1, "POINT (7 8)", {{}}},
+        {"none", &GisObject::isNone, {}, {}, 0, "", {{}}},
+    };
+    return s;
+}
+
+std::string record(int index) {
+    return "\"" + std::string(samples()[index - 1].kind) + "\"," + std::to_string(index) + "," +
+           std::to_string(index * 1.5);
+}
+
+std::string g17(double v) {
+    char b[40];
+    std::snprintf(b, sizeof b, "%.17g", v);
+    return b;
+}
+
+// What a reader gives, one line a feature: kind, index, value and WKT.
+using Features = std::vector<std::string>;
+std::string feature(const std::string& kind, const std::string& index, double value, const std::string& wkt) {
+    return kind + " " + index + " " + g17(value) + " " + wkt;
+}
+
+// The samples of one SHP set (0: the MIF layer, which holds all) as the readers give them.
+Features expected(int set) {
+    Features f;
+    for (std::size_t i = 0; i < samples().size(); ++i) {
+        const Sample& s = samples()[i];
+        if (set == 0 || s.set == 0 || s.set == set) f.push_back(feature(s.kind, std::to_string(i + 1), (i + 1) * 1.5, s.wkt));
+    }
+    return f;
+}
+
+std::string tool(const std::string& command) {
+    int status = 0;
+    std::string out = run(command + " 2>&1", status);
+    EXPECT_EQ(status, 0) << command << "\n" << out;
+    return out;
+}
+
+// Feature blocks of `ogrinfo -al`.
+Features ogrinfo(const std::string& file) {
+    Features r;
+    std::istringstream in(tool("/usr/bin/ogrinfo -al " + file));
+    std::string line, kind, index, value, wkt;
+    const std::regex field(R"(^  (\w+) \((String|Integer|Real)\) = (.*)$)"), geometry(R"(^  ([A-Z]+ \(.*\))$)");
+    std::smatch m;
+    auto flush = [&] {
+        if (!kind.empty()) r.push_back(feature(kind, index, std::stod(value), wkt));
+        kind = wkt = "";
+    };
+    while (std::getline(in, line)) {
+        if (line.starts_with("OGRFeature(")) flush();
+        if (std::regex_match(line, m, field)) (m[1] == "Kind" ? kind : m[1] == "Index" ? index : value) = m[3];
+        if (std::regex_match(line, m, geometry)) wkt = m[1];
+    }
+    flush();
+    return r;
+}
+
+// Shapes of shpdump, their parts marked "+", zipped with the rows of dbfdump.
+Features shapelib(const std::string& file) {
+    std::vector<std::string> wkts;
+    std::string type;
+    std::vector<Points> parts;
+    auto flush = [&] {
+        auto list = [](const Points& p, const char* open, const char* close) {
+            std::string s;
+            for (auto [x, y] : p) s += (s.empty() ? "" : ",") + (open + g17(x) + " " + g17(y) + close);
+            return s;
+        };
+        std::string rings;
+        for (const Points& p : parts) rings += (rings.empty() ? "(" : ",(") + list(p, "", "") + ")";
+        if (type == "Point") wkts.push_back("POINT (" + list(parts[0], "", "") + ")");
+        if (type == "MultiPoint") wkts.push_back("MULTIPOINT (" + list(parts[0], "(", ")") + ")");
+        if (type == "Arc") wkts.push_back(parts.size() == 1 ? "LINESTRING " + rings : "MULTILINESTRING (" + rings + ")");
+        if (type == "Polygon") wkts.push_back("POLYGON (" + rings + ")");
+        if (type == "NullShape") wkts.push_back("");
+        parts.clear();
+    };
+    std::istringstream shapes(tool("/usr/bin/shpdump " + file));
+    const std::regex shapeRe(R"(^Shape:\d+ \((\w+)\))"), vertexRe(R"(^ +(\+?) *\(([-\d.e+]+),([-\d.e+]+), 0\))");
+    std::smatch m;
+    for (std::string line; std::getline(shapes, line);) {
+        if (std::regex_search(line, m, shapeRe)) {
+            flush();
+            type = m[1];
+        } else if (std::regex_search(line, m, vertexRe)) {
+            if (parts.empty() || m[1] == "+") parts.emplace_back();
+            parts.back().push_back({std::stod(m[2]), std::stod(m[3])});
+        }
+    }
+    flush();
+    std::istringstream rows(tool("/usr/bin/dbfdump " + file.substr(0, file.size() - 4) + ".dbf"));
+    std::string kind, index, value;
+    std::getline(rows, kind);  // the field names
+    Features r;
+    for (std::size_t i = 0; rows >> kind >> index >> value; ++i)
+        r.push_back(feature(kind, index, std::stod(value), i < wkts.size() ? wkts[i] : "?"));
+    return r;
+}
+
+// pyshp's shapes and records; the script writes the WKT.
+Features pyshp(const std::string& file) {
+    const std::string script = file + ".py";
+    writeFile(script,
+              "import shapefile, sys\n"
+              "g = lambda v: '%.17g' % v\n"
+              "for sr in shapefile.Reader(sys.argv[1]).iterShapeRecords():\n"
+              "    s, r = sr.shape, sr.record\n"
+              "    pts = [g(x) + ' ' + g(y) for x, y in s.points]\n"
+              "    ends = list(getattr(s, 'parts', [])) + [len(pts)]\n"
+              "    rings = ','.join('(' + ','.join(pts[a:b]) + ')' for a, b in zip(ends, ends[1:]))\n"
+              "    line = 'LINESTRING ' + rings if len(ends) == 2 else 'MULTILINESTRING (%s)' % rings\n"
+              "    wkt = {0: '', 1: 'POINT (%s)' % ','.join(pts), 3: line, 5: 'POLYGON (%s)' % rings,\n"
+              "           8: 'MULTIPOINT (%s)' % ','.join('(%s)' % p for p in pts)}[s.shapeType]\n"
+              "    print(r[0], r[1], g(r[2]), wkt)\n");
+    Features r;
+    std::istringstream out(tool("/usr/bin/python3 " + script + " " + file));
+    for (std::string line; std::getline(out, line);) r.push_back(line);
+    return r;
+}
+
+class EveryKind : public GisTest {
+protected:
+    // Writes every sample with the record "kind",index,index*1.5.
+    void writeLayer(const std::string& name, const char* letters) {
+        setAttributes({{"Kind", "Char", 20}, {"Index", "Integer", 0}, {"Value", "Float", 0}});
+        put(gisCoordSysLine, "CoordSys NonEarth Units \"m\" Bounds (-1000, -1000) (10000000, 10000000)");
+        put(gisPrjLine, "LOCAL_CS[\"metres\"]");
+        int32_t id = openWithHeader(name, letters);
+        for (std::size_t i = 0; i < samples().size(); ++i)
+            writeObject(id, samples()[i].flag, samples()[i].points, record(int(i + 1)), samples()[i].starts);
+        gisCloseLayer(id);
+    }
+};
+
+}  // namespace
+
+TEST_F(EveryKind, IndependentReadersAcceptIt) {
+    writeLayer("all.mif", "");
+    writeLayer("all.shp", "PLR");
+    struct Reader {
+        const char* name;
+        bool installed;
+        bool readsMif;
+        std::function<Features(const std::string&)> read;
+    };
+    int status = 0;
+    run("/usr/bin/python3 -c 'import shapefile' 2>/dev/null", status);
+    const Reader readers[] = {
+        {"ogrinfo (gdal-bin)", haveTool("/usr/bin/ogrinfo"), true, ogrinfo},
+        {"shpdump and dbfdump (shapelib)", haveTool("/usr/bin/shpdump") && haveTool("/usr/bin/dbfdump"), false, shapelib},
+        {"pyshp for /usr/bin/python3", status == 0, false, pyshp},
+    };
+    std::string missing;
+    for (const Reader& r : readers) {
+        if (!r.installed) {
+            missing += std::string(" ") + r.name;
+            continue;
+        }
+        for (int set = r.readsMif ? 0 : 1; set <= 3; ++set) {
+            const std::string file = path(set == 0 ? "all.mif" : std::string("all_") + "PLR"[set - 1] + ".shp");
+            EXPECT_EQ(r.read(file), expected(set)) << r.name << " " << file;
+        }
+    }
+    if (!missing.empty()) GTEST_SKIP() << "not installed:" << missing;
+}
+
+TEST_F(EveryKind, OurReadersGiveItBack) {
+    writeLayer("all.mif", "");
+    writeLayer("all.shp", "PLR");
+    std::vector<Want> w;
+    for (std::size_t i = 0; i < samples().size(); ++i)
+        w.push_back({samples()[i].kind, samples()[i].read, record(int(i + 1)), samples()[i].derived});
+    const auto got = reading::expectLayer(path("all.mif"), w);
+    EXPECT_EQ(got.at(6).ir, (std::vector<int32_t>{5, 11}));  // last given point of each part
+    // In the SHP family a line is a polyline of one part; a text, a point at its first entry.
+    Want line = w[2], text = w[7];
+    line.kind = "pline";
+    text.kind = "point";
+    text.subs = {{{7, 8}}};
+    reading::expectLayer(path("all_P.shp"), {w[0], w[1], text, w[8]});
+    reading::expectLayer(path("all_L.shp"), {line, w[3], w[4], w[8]});
+    reading::expectLayer(path("all_R.shp"), {w[5], w[6], w[8]});
+
+    // The header of each family: counts and attribute definitions.
+    for (auto [layer, records, columns, definitions] :
+         {std::tuple{"all.mif", 9, true, "Kind Char(20) 20;Index Integer 0;Value Float 0;"},
+          {"all_L.shp", 4, false, "Kind Char(20) 20;Index Decimal(8) 8;Value Decimal(16) 16;"}}) {
+        int32_t id = gisOpenLayer(path(layer), false, "I ", "");
+        gisReadHeader(id);
+        EXPECT_EQ(gisNumberAttributes(id), 3);
+        EXPECT_EQ(gisNumberRecords(id), records);
+        int32_t n = 0;
+        EXPECT_EQ(gisGotoBeginningOfAttributes(id, n), columns);
+        std::string got;
+        for (int i = 1; i <= 3; ++i) {
+            Text<256> name;
+            Text<24> type;
+            gisReadAttributeDefinition(id, name, type);
+            got += std::string(name.trimmed()) + " " + std::string(type.trimmed()) + " " + std::to_string(gisA_.width[i]) + ";";
+        }
+        EXPECT_EQ(got, definitions) << layer;
+        gisCloseLayer(id);
+    }
+}
