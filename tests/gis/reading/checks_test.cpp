@@ -1,6 +1,6 @@
 // The checks that opening an input layer runs: its projection against the
 // project's, in both families, and the save dates of a .mif/.mid pair
-// against its .tab.
+// against its .tab; and the CoordSys line of a file that is not there.
 #include <fcntl.h>
 
 #include <chrono>
@@ -15,10 +15,7 @@ using namespace gistest;
 namespace {
 
 const char* const kCoordSys = "CoordSys Earth Projection 8, 116, \"m\", 147, 0, 0.9996, 500000, 10000000";
-const char* const kMifWarning =
-    "WARNING 0305 - Projection of .mif file is different to that specified by the MI Projection == command.";
-const char* const kShpWarning =
-    "WARNING 0305 - Projection of .shp file is different to that specified by the SHP Projection == command.";
+const std::string kDifferent = "Projection of .mif file is different to that specified by the MI Projection == command.";
 
 class Checks : public GisTest {
 protected:
@@ -34,26 +31,16 @@ protected:
         writeFile(path("m.mid"), "1\r\n");
         setAttributes({{"ID", "Integer", 0}});
         int32_t id = openWithHeader("s.shp", "P");
-        setPoints({{1, 2}});
-        gisO_.isPoint = true;
-        gisWriteObject(id, gisO_);
-        gisWriteRecord(id, gisO_);
+        writeObject(id, &GisObject::isPoint, {{1, 2}}, "1");
         gisCloseLayer(id);
         std::filesystem::remove(path("s_P.prj"));
         if (!prj.empty()) writeFile(path("s_P.prj"), prj + "\r\n");
     }
+    // Reads the layer, which must give its point.
     void readAll(const std::string& name) {
         int32_t id = gisOpenLayer(path(name), false, "I ", "");
         EXPECT_EQ(reading::readLayer(id).size(), 1u);
         gisCloseLayer(id);
-    }
-    // The console output of reading a layer, which must give its point.
-    std::string output(const std::string& name) {
-        conFlush();
-        ::testing::internal::CaptureStdout();
-        readAll(name);
-        conFlush();
-        return ::testing::internal::GetCapturedStdout();
     }
 };
 
@@ -64,53 +51,45 @@ TEST_F(Checks, Projections) {
     Text<1000> prj("PROJCS[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"GCS_GDA_1994\"],UNIT[\"Meter\",1.0]]");
     prjProjectionName(gisShpProjection, prj);
     EXPECT_EQ(gisShpProjection.trimmed(), "GDA_1994_MGA_ZONE_55");
-    struct Case {
+    const std::string shpWarning =
+        "WARNING 0305 - Projection of .shp file is different to that specified by the SHP Projection == command.";
+    const struct {
         const char* file;
-        std::string projection;            // the CoordSys or .prj line
-        std::vector<std::string> warnings; // lines of the output
-    };
-    const Case cases[] = {
+        std::string projection;             // the CoordSys or .prj line
+        std::vector<std::string> warnings;  // lines of the output
+    } cases[] = {
         {"m.mif", "  coordsys earth projection 8,116,'m',147,0,0.9996,500000,10000000", {}},
-        {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", {kMifWarning}},
+        {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", {"WARNING 0305 - " + kDifferent}},
         {"m.mif", "Charset \"WindowsLatin1\"", {"WARNING 0306 - Problems finding CoordSys line in .mif file."}},
         {"s_P.shp", "projcs[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"other\"],PARAMETER[\"False_Easting\",1.0]]", {}},
         {"s_P.shp", "", {}},  // no .prj, no check
-        {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {kShpWarning}},
+        {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {shpWarning}},
         {"s_P.shp", "GEOGCS[\"GCS_WGS_1984\"]",
-         {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.", kShpWarning}},
+         {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.", shpWarning}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.projection);
         const bool mif = std::string(c.file) == "m.mif";
         layers(mif ? c.projection : kCoordSys, mif ? "" : c.projection);
-        const std::string out = output(c.file);
+        const std::string out = console([&] { readAll(c.file); });
         EXPECT_EQ(out.find("WARNING") == std::string::npos, c.warnings.empty()) << out;
         for (const std::string& w : c.warnings) EXPECT_NE(out.find("\n" + w + "\n"), std::string::npos) << out;
     }
-    // A .prj that cannot be read stops, unless no check is asked for.
+    // A .prj that cannot be read stops; so does a different projection held as an error.
     writeFile(path("s_P.prj"), "");
     EXPECT_GIS_STOP(readAll("s_P.shp"), "ERROR 0420 - Could not read projection line in .prj file.");
-    gisShpProjection.clear();
-    EXPECT_EQ(output("s_P.shp").find("0420"), std::string::npos);
-
     gisProjectionCheckIsError = true;
-    layers(cases[1].projection, "PROJCS[\"Other\"]");
-    prjProjectionName(gisShpProjection, prj);
-    EXPECT_GIS_STOP(readAll("m.mif"), "ERROR 0305 - Projection of .mif file is different to that specified by the MI "
-                                      "Projection == command.\nUse \"MI Projection Check == WARNING\" to change "
-                                      "message to a WARNING.");
-    EXPECT_GIS_STOP(readAll("s_P.shp"), "ERROR 0305 - Projection of .shp file is different to that specified by the "
-                                        "SHP Projection == command.\nUse \"GIS Projection Check == WARNING\" to "
-                                        "change message to a WARNING.");
+    layers(cases[1].projection, "");
+    EXPECT_GIS_STOP(readAll("m.mif"), "ERROR 0305 - " + kDifferent +
+                                          "\nUse \"MI Projection Check == WARNING\" to change message to a WARNING.");
 }
 
 TEST_F(Checks, SaveDatesOfMifPair) {
     layers(kCoordSys, "");
     gisSaveDateCheck = true;
     const std::string checking = "Checking save date is later than that of " + path("m.tab") + "...";
-    // No .tab: a warning, and the layer is read (the outcomes of the check
-    // itself stand with its own tests).
-    const std::string out = output("m.mif");
+    // No .tab: a warning, and the layer is read.
+    const std::string out = console([&] { readAll("m.mif"); });
     EXPECT_NE(out.find(checking + "NOT OK\n\nWARNING 0004 - Could not access save date of \"" + path("m.mid") +
                        "\" to check with \"" + path("m.tab") + "\"\n"),
               std::string::npos)
@@ -121,8 +100,8 @@ TEST_F(Checks, SaveDatesOfMifPair) {
     // Held as an error: both files are closed and opened again after each
     // answer; with nobody left to answer the run ends.
     gisSaveDateCheckIsError = true;
-    writeFile(path("answers"), "\n");
     const std::string answers = path("answers");
+    writeFile(answers, "\n");
     const std::string round = literal(checking) + "NOT OK\n\n\\.\\.\\.Closed File Unit:1001\n"
                               "\\.\\.\\.Closed File Unit:1002\nERROR 0004 - Save date of [^\n]*\n";
     conFlush();
@@ -138,25 +117,15 @@ TEST_F(Checks, SaveDatesOfMifPair) {
                                "again; nobody left to answer\\.\n");
 }
 
-TEST_F(Checks, CoordSysLineAndHeaderCopy) {
-    layers(kCoordSys, "");
-    Text<1000> line;
-    mifReadCoordSysLine(line, path("m.mif"));
-    EXPECT_EQ(line.trimmed(), kCoordSys);
-    int32_t from = 0, to = 0;
-    OPENERFREE(from, "I ", path("m.mif"), 0);
-    OPENERFREE(to, "O ", path("copy.mif"), 0);
-    mifCopyHeader(from, to);  // up to the "Columns" line, which is the caller's
-    CLOSER(from);
-    CLOSER(to);
-    EXPECT_EQ(readFile(path("copy.mif")), crlf({"Version 300", kCoordSys}));
-    // A missing file gives the non-earth default after a warning and a pause
-    // (with standard input at its end the pause returns at once).
+TEST_F(Checks, CoordSysLineOfMissingFile) {
+    // The non-earth default after a warning and a pause (with standard input
+    // at its end the pause returns at once).
     const std::string missing = path("none.mif");
     EXPECT_EXIT(
         {
             ::dup2(::open("/dev/null", O_RDONLY), 0);
             ::dup2(2, 1);
+            Text<1000> line;
             mifReadCoordSysLine(line, missing);
             conLine(line.trimmed());
             conFlush();

@@ -5,8 +5,6 @@
 #include "reading/reading_util.hpp"
 
 using namespace gistest;
-using reading::Points;
-using reading::Want;
 
 namespace {
 
@@ -82,15 +80,13 @@ TEST_F(Foreign, DbfWithDeletedRecord) {
     gisReadHeader(id);
     EXPECT_EQ(gisNumberRecords(id), 3);  // the header counts the deleted record
     std::string rows;
-    conFlush();
-    ::testing::internal::CaptureStdout();
-    for (int i = 0; i < 3; ++i) {
-        gisReadRecord(id, gisO_, gisRecordLine);
-        for (const std::string& v : reading::values(std::string(gisRecordLine.trimmed()))) rows += v + " ";
-        rows += "/";
-    }
-    conFlush();
-    const std::string out = ::testing::internal::GetCapturedStdout();
+    const std::string out = console([&] {
+        for (int i = 0; i < 3; ++i) {
+            gisReadRecord(id, gisO_, gisRecordLine);
+            for (const std::string& v : reading::values(std::string(gisRecordLine.trimmed()))) rows += v + " ";
+            rows += "/";
+        }
+    });
     EXPECT_EQ(rows, "1 a 1 /3 c 3 //");
     EXPECT_NE(out.find("WARNING 0405 - Insufficient number of records found in .dbf file.\n"
                        "               Found 2, expecting 3\n"),
