@@ -108,24 +108,20 @@ inline void setAttributes(std::initializer_list<std::tuple<const char*, const ch
 
 using Points = std::vector<std::pair<double, double>>;
 
-// Points 1.. of the coordinate buffer.
-inline void setPoints(const Points& pts) {
-    gisN = 0;
-    for (const auto& [x, y] : pts) {
-        ++gisN;
-        gisX[gisN] = x;
-        gisY[gisN] = y;
-    }
-}
-
-// One object of the kind with its record; part p starts at point starts[p - 1].
+// One object of the kind, its points from entry 1, with its record; part p
+// starts at point starts[p - 1].
 inline void writeObject(int32_t id, bool GisObject::*kind, const Points& pts, std::string_view record,
                         const std::vector<int32_t>& starts = {}) {
     gisClearObject(gisO_);
     gisO_.*kind = true;
     for (std::size_t p = 0; p < starts.size(); ++p) gisO_.ir[p + 1] = starts[p];
     gisO_.nr = starts.empty() ? 1 : static_cast<int32_t>(starts.size());
-    setPoints(pts);
+    gisN = 0;
+    for (const auto& [x, y] : pts) {
+        ++gisN;
+        gisX[gisN] = x;
+        gisY[gisN] = y;
+    }
     put(gisRecordLine, record);
     gisWriteObject(id, gisO_);
     gisWriteRecord(id, gisO_);

@@ -1,5 +1,5 @@
-// The layer table, opening and closing: file names from the extension and the
-// set letters, slot reuse, and an input set that is not there.
+// Opening layers: the family and file names from the extension and the set
+// letters, and an input set that is not there.
 #include "gis_test_util.hpp"
 
 using namespace gistest;
@@ -28,21 +28,6 @@ TEST_F(Layers, FormatsAndNames) {
     id = gisOpenLayer(path("e.mid"), false, "O ", "");
     gisCloseLayer(id);
     EXPECT_TRUE(exists("t.dbf") && !exists("t_P.shp") && exists("e.mif") && exists("e.mid"));
-}
-
-TEST_F(Layers, SlotsAreReusedAndClosingNothingIsReported) {
-    for (int i = 1; i <= 3; ++i) EXPECT_EQ(gisOpenLayer(path("m" + std::to_string(i)), false, "O ", ""), i);
-    int32_t second = 2;
-    gisCloseLayer(second);
-    EXPECT_EQ(second, 0);
-    EXPECT_EQ(gisOpenLayer(path("again"), false, "O ", ""), 2);
-    bool any = false;
-    gisCloseAllLayers(any);
-    EXPECT_TRUE(any);
-    gisCloseAllLayers(any);
-    EXPECT_FALSE(any);
-    EXPECT_EQ(console([&] { gisCloseLayer(second); }),
-              "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact the reachmap maintainers.\n");
 }
 
 TEST_F(Layers, MissingInputSetGivesZeroAndKeepsNoUnit) {

@@ -64,7 +64,7 @@ TEST_F(Workspace, OneLineForEachNewInputLayer) {
     EXPECT_EQ(gisInputLayerCount, 5);
 }
 
-TEST_F(Workspace, TrackingLimitAndOnlyTheNamedFiles) {
+TEST_F(Workspace, TrackingLimit) {
     // With 999 layers tracked, every further new layer is number 1000 in the
     // list, with a warning, and gets no workspace line.
     initialise("full", "full");
@@ -80,13 +80,4 @@ TEST_F(Workspace, TrackingLimitAndOnlyTheNamedFiles) {
     const std::size_t first = console_.find(warning);
     EXPECT_NE(first, std::string::npos) << console_;
     EXPECT_NE(console_.find(warning, first + 1), std::string::npos) << console_;
-
-    // A workspace without a list.
-    initialise("only", "");
-    EXPECT_EQ(gisInputLayersMifUnit, -1);
-    openInput("x.mif", {"x.mif", "x.mid"});
-    closeWorkspace();
-    EXPECT_EQ(readFile(path("only.wor")),
-              kWorkspaceHead + crlf({"! .mif/.mid Layer with no .tab Layer \"" + full("x.mif") + "\""}));
-    EXPECT_FALSE(std::filesystem::exists(path("only_input_layers.mif")));
 }

@@ -70,27 +70,6 @@ TEST_F(ShpWriter, PolylineAndRegionParts) {
     EXPECT_EQ(file("s_R.shp"), header(50 + 110, 5, 1, -10, 10, -1) + region);
 }
 
-TEST_F(ShpWriter, MultipointTextAndNullRecords) {
-    int32_t id = openLayer("plr");
-    writeObject(id, &GisObject::isText, {{3, 4}, {10, 10}, {20, 20}}, "t");  // a point at its first entry
-    writeObject(id, &GisObject::isMultiPoint, {{1, 2}, {-1, 7}}, "m");
-    writeObject(id, &GisObject::isNone, {}, "n");  // one record in every set
-    gisCloseLayer(id);
-
-    const std::string point = be32(1) + be32(10) + le32(1) + le64(3) + le64(4);
-    const std::string multi = be32(2) + be32(36) + le32(8) + le64(-1) + le64(2) + le64(1) + le64(7) + le32(2) +
-                              le64(1) + le64(2) + le64(-1) + le64(7);
-    EXPECT_EQ(file("s_p.shp"), header(50 + 14 + 40 + 6, 1, -1, 2, 3, 7) + point + multi + be32(3) + be32(2) + le32(0));
-    EXPECT_EQ(file("s_p.shx"),
-              header(50 + 12, 1, -1, 2, 3, 7) + be32(50) + be32(10) + be32(64) + be32(36) + be32(104) + be32(2));
-    // A set holding only a null record keeps the box that the header step set:
-    // 9.0e29 held as a 32-bit value.
-    const double start = static_cast<double>(9.0e29f);
-    EXPECT_EQ(file("s_r.shp"), header(56, 5, start, start, -start, -start) + be32(1) + be32(2) + le32(0));
-    EXPECT_EQ(file("s_p.dbf").substr(4, 4), le32(3));
-    EXPECT_EQ(file("s_l.dbf").substr(4, 4), le32(1));
-}
-
 TEST_F(ShpWriter, RewriteOverLongerFileKeepsTail) {
     const std::string oldShp(300, '\xab'), oldShx(200, '\xcd');
     writeFile(path("s_P.shp"), oldShp);
