@@ -1,9 +1,7 @@
 // A layer holding every kind of object, written in both families, read back
 // by independent readers (GDAL's ogrinfo, shapelib's shpdump and dbfdump,
-// pyshp) and through our own reading sequence.
+// pyshp: see independent_readers.py) and through our own reading sequence.
 #include <cmath>
-#include <functional>
-#include <regex>
 #include <sstream>
 
 #include "gis_test_util.hpp"
@@ -63,116 +61,18 @@ std::string record(int index) {
            std::to_string(index * 1.5);
 }
 
-std::string g17(double v) {
-    char b[40];
-    std::snprintf(b, sizeof b, "%.17g", v);
-    return b;
-}
-
-// What a reader gives, one line a feature: kind, index, value and WKT.
-using Features = std::vector<std::string>;
-std::string feature(const std::string& kind, const std::string& index, double value, const std::string& wkt) {
-    return kind + " " + index + " " + g17(value) + " " + wkt;
-}
-
-// The samples of one SHP set (0: the MIF layer, which holds all) as the readers give them.
-Features expected(int set) {
-    Features f;
+// The samples of one SHP set (0: the MIF layer, which holds all) as the
+// readers give them: kind, index, value and WKT.
+std::vector<std::string> expected(int set) {
+    std::vector<std::string> lines;
     for (std::size_t i = 0; i < samples().size(); ++i) {
         const Sample& s = samples()[i];
-        if (set == 0 || s.set == 0 || s.set == set) f.push_back(feature(s.kind, std::to_string(i + 1), (i + 1) * 1.5, s.wkt));
+        char value[40];
+        std::snprintf(value, sizeof value, "%.17g", (i + 1) * 1.5);
+        if (set == 0 || s.set == 0 || s.set == set)
+            lines.push_back(std::string(s.kind) + " " + std::to_string(i + 1) + " " + value + " " + s.wkt);
     }
-    return f;
-}
-
-std::string tool(const std::string& command) {
-    int status = 0;
-    std::string out = run(command + " 2>&1", status);
-    EXPECT_EQ(status, 0) << command << "\n" << out;
-    return out;
-}
-
-// Feature blocks of `ogrinfo -al`.
-Features ogrinfo(const std::string& file) {
-    Features r;
-    std::istringstream in(tool("/usr/bin/ogrinfo -al " + file));
-    std::string line, kind, index, value, wkt;
-    const std::regex field(R"(^  (\w+) \((String|Integer|Real)\) = (.*)$)"), geometry(R"(^  ([A-Z]+ \(.*\))$)");
-    std::smatch m;
-    auto flush = [&] {
-        if (!kind.empty()) r.push_back(feature(kind, index, std::stod(value), wkt));
-        kind = wkt = "";
-    };
-    while (std::getline(in, line)) {
-        if (line.starts_with("OGRFeature(")) flush();
-        if (std::regex_match(line, m, field)) (m[1] == "Kind" ? kind : m[1] == "Index" ? index : value) = m[3];
-        if (std::regex_match(line, m, geometry)) wkt = m[1];
-    }
-    flush();
-    return r;
-}
-
-// Shapes of shpdump, their parts marked "+", zipped with the rows of dbfdump.
-Features shapelib(const std::string& file) {
-    std::vector<std::string> wkts;
-    std::string type;
-    std::vector<Points> parts;
-    auto flush = [&] {
-        auto list = [](const Points& p, const char* open, const char* close) {
-            std::string s;
-            for (auto [x, y] : p) s += (s.empty() ? "" : ",") + (open + g17(x) + " " + g17(y) + close);
-            return s;
-        };
-        std::string rings;
-        for (const Points& p : parts) rings += (rings.empty() ? "(" : ",(") + list(p, "", "") + ")";
-        if (type == "Point") wkts.push_back("POINT (" + list(parts[0], "", "") + ")");
-        if (type == "MultiPoint") wkts.push_back("MULTIPOINT (" + list(parts[0], "(", ")") + ")");
-        if (type == "Arc") wkts.push_back(parts.size() == 1 ? "LINESTRING " + rings : "MULTILINESTRING (" + rings + ")");
-        if (type == "Polygon") wkts.push_back("POLYGON (" + rings + ")");
-        if (type == "NullShape") wkts.push_back("");
-        parts.clear();
-    };
-    std::istringstream shapes(tool("/usr/bin/shpdump " + file));
-    const std::regex shapeRe(R"(^Shape:\d+ \((\w+)\))"), vertexRe(R"(^ +(\+?) *\(([-\d.e+]+),([-\d.e+]+), 0\))");
-    std::smatch m;
-    for (std::string line; std::getline(shapes, line);) {
-        if (std::regex_search(line, m, shapeRe)) {
-            flush();
-            type = m[1];
-        } else if (std::regex_search(line, m, vertexRe)) {
-            if (parts.empty() || m[1] == "+") parts.emplace_back();
-            parts.back().push_back({std::stod(m[2]), std::stod(m[3])});
-        }
-    }
-    flush();
-    std::istringstream rows(tool("/usr/bin/dbfdump " + file.substr(0, file.size() - 4) + ".dbf"));
-    std::string kind, index, value;
-    std::getline(rows, kind);  // the field names
-    Features r;
-    for (std::size_t i = 0; rows >> kind >> index >> value; ++i)
-        r.push_back(feature(kind, index, std::stod(value), i < wkts.size() ? wkts[i] : "?"));
-    return r;
-}
-
-// pyshp's shapes and records; the script writes the WKT.
-Features pyshp(const std::string& file) {
-    const std::string script = file + ".py";
-    writeFile(script,
-              "import shapefile, sys\n"
-              "g = lambda v: '%.17g' % v\n"
-              "for sr in shapefile.Reader(sys.argv[1]).iterShapeRecords():\n"
-              "    s, r = sr.shape, sr.record\n"
-              "    pts = [g(x) + ' ' + g(y) for x, y in s.points]\n"
-              "    ends = list(getattr(s, 'parts', [])) + [len(pts)]\n"
-              "    rings = ','.join('(' + ','.join(pts[a:b]) + ')' for a, b in zip(ends, ends[1:]))\n"
-              "    line = 'LINESTRING ' + rings if len(ends) == 2 else 'MULTILINESTRING (%s)' % rings\n"
-              "    wkt = {0: '', 1: 'POINT (%s)' % ','.join(pts), 3: line, 5: 'POLYGON (%s)' % rings,\n"
-              "           8: 'MULTIPOINT (%s)' % ','.join('(%s)' % p for p in pts)}[s.shapeType]\n"
-              "    print(r[0], r[1], g(r[2]), wkt)\n");
-    Features r;
-    std::istringstream out(tool("/usr/bin/python3 " + script + " " + file));
-    for (std::string line; std::getline(out, line);) r.push_back(line);
-    return r;
+    return lines;
 }
 
 class EveryKind : public GisTest {
@@ -194,28 +94,32 @@ protected:
 TEST_F(EveryKind, IndependentReadersAcceptIt) {
     writeLayer("all.mif", "");
     writeLayer("all.shp", "PLR");
-    struct Reader {
-        const char* name;
+    int pyshp = 0;
+    run("/usr/bin/python3 -c 'import shapefile' 2>/dev/null", pyshp);
+    const struct {
+        const char* tool;
         bool installed;
         bool readsMif;
-        std::function<Features(const std::string&)> read;
+    } readers[] = {
+        {"ogrinfo", haveTool("/usr/bin/ogrinfo"), true},
+        {"shapelib", haveTool("/usr/bin/shpdump") && haveTool("/usr/bin/dbfdump"), false},
+        {"pyshp", pyshp == 0, false},
     };
-    int status = 0;
-    run("/usr/bin/python3 -c 'import shapefile' 2>/dev/null", status);
-    const Reader readers[] = {
-        {"ogrinfo (gdal-bin)", haveTool("/usr/bin/ogrinfo"), true, ogrinfo},
-        {"shpdump and dbfdump (shapelib)", haveTool("/usr/bin/shpdump") && haveTool("/usr/bin/dbfdump"), false, shapelib},
-        {"pyshp for /usr/bin/python3", status == 0, false, pyshp},
-    };
-    std::string missing;
-    for (const Reader& r : readers) {
-        if (!r.installed) {
-            missing += std::string(" ") + r.name;
+    const std::string script = std::string(REACHMAP_SOURCE_DIR) + "/tests/gis/independent_readers.py";
+    std::string missing = haveTool("/usr/bin/python3") ? "" : " /usr/bin/python3";
+    for (const auto& r : readers) {
+        if (!r.installed || !missing.empty()) {
+            missing += std::string(" ") + r.tool;
             continue;
         }
         for (int set = r.readsMif ? 0 : 1; set <= 3; ++set) {
             const std::string file = path(set == 0 ? "all.mif" : std::string("all_") + "PLR"[set - 1] + ".shp");
-            EXPECT_EQ(r.read(file), expected(set)) << r.name << " " << file;
+            int status = 0;
+            std::istringstream out(run("/usr/bin/python3 " + script + " " + r.tool + " " + file + " 2>&1", status));
+            std::vector<std::string> lines;
+            for (std::string line; std::getline(out, line);) lines.push_back(line);
+            EXPECT_EQ(status, 0) << r.tool << " " << file;
+            EXPECT_EQ(lines, expected(set)) << r.tool << " " << file;
         }
     }
     if (!missing.empty()) GTEST_SKIP() << "not installed:" << missing;
