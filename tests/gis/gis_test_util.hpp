@@ -131,19 +131,12 @@ class GisTest : public ::testing::Test {
 protected:
     void SetUp() override {
         FILEINIT(1000);
-        for (int32_t i = 1; i <= kGisMaxLayers; ++i) {
-            gisIsOpen[i] = false;
-            gisInitialiseLayer(i);
-        }
+        gisInitialiseLibrary(0, "", "", "");  // every slot free, checks off, no record of input layers
         gisClearObject(gisO_);
         gisO_.isWritten = false;
         gisA_ = GisAttributes{};
-        gisN = 0;
-        gisRecordLine.clear();
-        gisRecordLineLarge.clear();
         gisCoordSysLine.clear();
         gisPrjLine.clear();
-        gisInputLayerCount = 0;
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
         dir_ = std::filesystem::current_path() / "gis_out" / (std::string(info->test_suite_name()) + "." + info->name());
         std::filesystem::remove_all(dir_);

@@ -8,10 +8,6 @@ namespace {
 
 class Workspace : public GisTest {
 protected:
-    void TearDown() override {
-        gisCloseWorkspace();
-        gisWorkspaceUnit = gisInputLayersMifUnit = gisInputLayersMidUnit = 0;
-    }
     // Opens an input layer with the console captured; the files are made first.
     int32_t openInput(const std::string& name, std::initializer_list<const char*> files) {
         for (const char* f : files) writeFile(path(f), "");

@@ -1,6 +1,6 @@
 // The checks that opening an input layer runs: its projection against the
 // project's, in both families, and the save dates of a .mif/.mid pair
-// against its .tab; and the CoordSys line of a file that is not there.
+// against its .tab.
 #include <fcntl.h>
 
 #include <chrono>
@@ -19,11 +19,6 @@ const std::string kDifferent = "Projection of .mif file is different to that spe
 
 class Checks : public GisTest {
 protected:
-    void TearDown() override {
-        gisMifProjection.clear();
-        gisShpProjection.clear();
-        gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsError = false;
-    }
     // One point in m.mif with this CoordSys line, and in s_P.shp with this
     // .prj line (no .prj when empty).
     void layers(const std::string& coordSys, const std::string& prj) {
@@ -62,7 +57,6 @@ TEST_F(Checks, Projections) {
         {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", {"WARNING 0305 - " + kDifferent}},
         {"m.mif", "Charset \"WindowsLatin1\"", {"WARNING 0306 - Problems finding CoordSys line in .mif file."}},
         {"s_P.shp", "projcs[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"other\"],PARAMETER[\"False_Easting\",1.0]]", {}},
-        {"s_P.shp", "", {}},  // no .prj, no check
         {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {shpWarning}},
         {"s_P.shp", "GEOGCS[\"GCS_WGS_1984\"]",
          {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.", shpWarning}},
@@ -75,9 +69,7 @@ TEST_F(Checks, Projections) {
         EXPECT_EQ(out.find("WARNING") == std::string::npos, c.warnings.empty()) << out;
         for (const std::string& w : c.warnings) EXPECT_NE(out.find("\n" + w + "\n"), std::string::npos) << out;
     }
-    // A .prj that cannot be read stops; so does a different projection held as an error.
-    writeFile(path("s_P.prj"), "");
-    EXPECT_GIS_STOP(readAll("s_P.shp"), "ERROR 0420 - Could not read projection line in .prj file.");
+    // A different projection held as an error stops.
     gisProjectionCheckIsError = true;
     layers(cases[1].projection, "");
     EXPECT_GIS_STOP(readAll("m.mif"), "ERROR 0305 - " + kDifferent +
@@ -115,24 +107,4 @@ TEST_F(Checks, SaveDatesOfMifPair) {
         ::testing::ExitedWithCode(0),
         round + ".*" + round + ".*\nERROR - End of standard input while waiting for the mif file to be exported "
                                "again; nobody left to answer\\.\n");
-}
-
-TEST_F(Checks, CoordSysLineOfMissingFile) {
-    // The non-earth default after a warning and a pause (with standard input
-    // at its end the pause returns at once).
-    const std::string missing = path("none.mif");
-    EXPECT_EXIT(
-        {
-            ::dup2(::open("/dev/null", O_RDONLY), 0);
-            ::dup2(2, 1);
-            Text<1000> line;
-            mifReadCoordSysLine(line, missing);
-            conLine(line.trimmed());
-            conFlush();
-            std::exit(0);
-        },
-        ::testing::ExitedWithCode(0),
-        "WARNING 0307 - No MapInfo Projection or mif header file [^\n]*none\\.mif\n {15}Non-Earth Coordinates will be "
-        "used\\.  \\[mifReadCoordSysLine\\]\n\nPress Enter to ContinueCoordSys NonEarth Units \"m\" "
-        "Bounds\\(-9999999, -9999999\\) \\(9999999, 9999999\\)\n");
 }
