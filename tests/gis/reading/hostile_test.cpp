@@ -1,5 +1,5 @@
 // Files cut short or corrupted at each stage end the run in order with the
-// message of that stage; the tolerant cases read on.
+// message of that stage; the tolerant cases read on; a missing set is no layer.
 #include <functional>
 
 #include "gis_test_util.hpp"
@@ -95,7 +95,12 @@ TEST_F(Hostile, MifStops) {
     }
 }
 
-TEST_F(Hostile, TolerantCases) {
+TEST_F(Hostile, TolerantCasesAndMissingSet) {
+    // An input SHP set that is not there gives layer 0 and keeps no unit.
+    EXPECT_EQ(gisOpenLayer(path("base.shp"), false, "I ", "L"), 0);
+    int32_t probe = 0;
+    OPENERFREE(probe, "O ", path("probe.txt"), 0);
+    EXPECT_EQ(probe, 1001);
     writeBase();
     // A number that did not fit its field reads as 0; a table cut at a record
     // boundary, its end mark lost, ends with a warning and blank records;
