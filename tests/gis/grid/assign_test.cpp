@@ -305,8 +305,8 @@ TEST_F(Assign, ProgressLinesOfEachFamily) {
 }
 
 TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {
-    // A text object first: one warning, nothing set. A multipoint is laid one
-    // point at a time.
+    // A text object: one warning, nothing set. A multipoint is laid one point
+    // at a time: cells j 3, i 2 and j 5, i 6.
     setAttributes({{"Value", "Float", 0}});
     int32_t id = openWithHeader("text.mif");
     writeObject(id, &GisObject::isText, toMap({{15, 25}, {15, 25}, {20, 30}}), "3");
@@ -319,12 +319,7 @@ TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {
         << console_;
     EXPECT_EQ(progress(), std::vector<std::string>(
                               2, "...GIS MULTIPOINT (     1 vertices) assigned a value of 5. to     1 cells"));
-    EXPECT_EQ(picture(g.cr), tidy(R"(
-        . . . . . . 5
-        . . . . . . .
-        . . 5 . . . .
-        . . . . . . .
-        . . . . . . .)"));
+    EXPECT_EQ(picture(g.cr), tidy(". . . . . . 5\n. . . . . . .\n. . 5 . . . .\n. . . . . . .\n. . . . . . ."));
 
     // A first attribute that is not a number stops the run.
     setAttributes({{"Name", "Char", 10}, {"Value", "Float", 0}});
@@ -333,36 +328,4 @@ TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {
     gisCloseLayer(id);
     EXPECT_GIS_STOP(layAll("bad.mif", {}, 0.0f, false),
                     "ERROR 2148 - Reading attribute data from data line below.\nData Line = \"abc\",1");
-}
-
-TEST_F(Assign, PreparedObjects) {
-    // A multipoint of three points sets the rectangle round them, j 1..4,
-    // i 1..5, on each of the two sub-objects that np announces; its value
-    // given, then read from the start of the record line.
-    const double X[] = {0, 1005, 1025, 1045}, Y[] = {0, 2005, 2015, 2035};
-    GisObject object;
-    object.isMultiPoint = true;
-    object.np = 2;
-    put(object.type, "MULTIPOINT");
-    put(gisRecordLine, "6.5,\"x\"");
-    float value = 4.0f;
-    for (bool readValue : {false, true}) {
-        console_ += console([&] {
-            gisAssignPreparedObjectToGrid(0, kLimJ, kLimI, kOff, kOff, kD, kD, kOx, kOy, 0.0f, false, false, false,
-                                          false, false, g.ci.data(), g.xi.data(), g.yi.data(), g.cr.data(), g.xr.data(),
-                                          g.yr.data(), kDimJ, kDimI, false, lastCount, object, false, readValue,
-                                          GisPreparedObject{X, Y, 3}, value);
-        });
-        EXPECT_EQ(lastCount, 20);
-    }
-    EXPECT_EQ(value, 6.5f);
-    EXPECT_EQ(picture(g.cr), tidy(R"(
-        .   .   .   .   .   . .
-        . 6.5 6.5 6.5 6.5 6.5 .
-        . 6.5 6.5 6.5 6.5 6.5 .
-        . 6.5 6.5 6.5 6.5 6.5 .
-        . 6.5 6.5 6.5 6.5 6.5 .)"));
-    const std::string line = "...GIS MULTIPOINT (     3 vertices) assigned a value of ";
-    EXPECT_EQ(progress(), (std::vector<std::string>{line + "4. to    20 cells", line + "4. to    20 cells",
-                                                    line + "6.5 to    20 cells", line + "6.5 to    20 cells"}));
 }
