@@ -81,6 +81,17 @@ inline std::string run(const std::string& command, int& status) {
 
 inline bool haveTool(const std::string& path) { return ::access(path.c_str(), X_OK) == 0; }
 
+// CSV text, the geometry in its column WKT, made into the layer `out` of the
+// format by GDAL's ogr2ogr; empty, or what went wrong.
+inline std::string ogr2ogr(const std::string& csv, const std::string& out, const std::string& format) {
+    writeFile(out + ".csv", csv);
+    int status = 0;
+    const std::string log = run("/usr/bin/ogr2ogr -f \"" + format + "\" '" + out + "' '" + out +
+                                    ".csv' -oo GEOM_POSSIBLE_NAMES=WKT -oo KEEP_GEOM_COLUMNS=NO -oo AUTODETECT_TYPE=YES 2>&1",
+                                status);
+    return status == 0 ? "" : "ogr2ogr failed: " + log;
+}
+
 // Assigns a text out of line: g++ 12 sees the inlined assignment of a
 // global text as a possible overrun and warns.
 [[gnu::noinline]] inline void put(TextRef t, std::string_view s) { t.assign(s); }
