@@ -142,24 +142,4 @@ TEST_F(EveryKind, OurReadersGiveItBack) {
     reading::expectLayer(path("all_L.shp"), {line, w[3], w[4], w[8]});
     reading::expectLayer(path("all_R.shp"), {w[5], w[6], w[8]});
 
-    // The header of each family: counts and attribute definitions.
-    for (auto [layer, records, columns, definitions] :
-         {std::tuple{"all.mif", 9, true, "Kind Char(20) 20;Index Integer 0;Value Float 0;"},
-          {"all_L.shp", 4, false, "Kind Char(20) 20;Index Decimal(8) 8;Value Decimal(16) 16;"}}) {
-        int32_t id = gisOpenLayer(path(layer), false, "I ", "");
-        gisReadHeader(id);
-        EXPECT_EQ(gisNumberAttributes(id), 3);
-        EXPECT_EQ(gisNumberRecords(id), records);
-        int32_t n = 0;
-        EXPECT_EQ(gisGotoBeginningOfAttributes(id, n), columns);
-        std::string got;
-        for (int i = 1; i <= 3; ++i) {
-            Text<256> name;
-            Text<24> type;
-            gisReadAttributeDefinition(id, name, type);
-            got += std::string(name.trimmed()) + " " + std::string(type.trimmed()) + " " + std::to_string(gisA_.width[i]) + ";";
-        }
-        EXPECT_EQ(got, definitions) << layer;
-        gisCloseLayer(id);
-    }
 }

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -56,12 +57,7 @@ inline std::string crlf(std::initializer_list<std::string> lines) {
 
 // The literal as a POSIX extended regular expression.
 inline std::string literal(const std::string& text) {
-    std::string r;
-    for (char c : text) {
-        if (std::strchr(".[](){}*+?|^$\\", c)) r += '\\';
-        r += c;
-    }
-    return r;
+    return std::regex_replace(text, std::regex(R"([.[\](){}*+?|^$\\])"), R"(\$&)");
 }
 
 // Runs a command and gives its standard output; -1 in status when it could

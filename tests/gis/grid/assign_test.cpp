@@ -241,13 +241,16 @@ TEST_F(Assign, EveryModeOnWrittenAndOgr2ogrLayers) {
     };
     // The layers with the order in which they hold the objects, and the grid angle.
     writeLayer("layer.mif");
+    writeLayer("layer.shp");
     writeLayer("turned.mif", true);
     struct Layers {
         std::vector<std::string> files;
         std::vector<int> order;
         float angle = 0.0f;
     };
-    std::vector<Layers> layers = {{{"layer.mif"}, {0, 1, 2, 3}}, {{"turned.mif"}, {0, 1, 2, 3}, float(std::acos(0.0))}};
+    std::vector<Layers> layers = {{{"layer.mif"}, {0, 1, 2, 3}},
+                                  {{"layer_P.shp", "layer_L.shp", "layer_R.shp"}, {0, 3, 1, 2}},
+                                  {{"turned.mif"}, {0, 1, 2, 3}, float(std::acos(0.0))}};
     const bool ogr = haveTool("/usr/bin/ogr2ogr");
     if (ogr) {
         ogrLayers();
@@ -277,26 +280,6 @@ TEST_F(Assign, EveryModeOnWrittenAndOgr2ogrLayers) {
         }
     }
     if (!ogr) GTEST_SKIP() << "ogr2ogr (gdal-bin) is not installed: only the layers of our own writer were laid";
-}
-
-TEST_F(Assign, ProgressLinesOfEachFamily) {
-    // The MIF family names the objects by their keywords, the SHP family by
-    // its shape type names; integer values are shown without a point.
-    writeLayer("layer.mif");
-    layAll("layer.mif", {});
-    EXPECT_EQ(lastCount, 0);
-    writeLayer("layer.shp");
-    for (const char* set : {"layer_P.shp", "layer_L.shp", "layer_R.shp"}) layAll(set, {.useInteger = true});
-    EXPECT_EQ(progress(), (std::vector<std::string>{
-                              "...GIS POINT (     1 vertices) assigned a value of 7. to     1 cells",
-                              "...GIS PLINE (     3 vertices) assigned a value of 2.5 to    10 cells",
-                              "...GIS REGION (    12 vertices /  2 polygons) assigned -2.5 to     5 cells",
-                              "...GIS POINT (     1 vertices) assigned a value of 9. to     0 cells",
-                              "...GIS Point (     1 vertices) assigned a value of 7 to     1 cells",
-                              "...GIS Point (     1 vertices) assigned a value of 9 to     0 cells",
-                              "...GIS Polyline (     3 vertices) assigned a value of 3 to    10 cells",
-                              "...GIS Polygon (    12 vertices /  2 polygons) assigned -3 to     5 cells",
-                          }));
 }
 
 TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {

@@ -59,21 +59,3 @@ TEST_F(Workspace, OneLineForEachNewInputLayer) {
                     "    3,    4, \"" + full("c.mif") + "\"", "    4,    5, \"" + full("d") + "\""}));
     EXPECT_EQ(gisInputLayerCount, 5);
 }
-
-TEST_F(Workspace, TrackingLimit) {
-    // With 999 layers tracked, every further new layer is number 1000 in the
-    // list, with a warning, and gets no workspace line.
-    initialise("full", "full");
-    gisInputLayerCount = 999;
-    EXPECT_EQ(openInput("p.mif", {"p.mif", "p.mid"}), 1);
-    EXPECT_EQ(openInput("q.mif", {"q.mif", "q.mid"}), 2);
-    closeWorkspace();
-    EXPECT_EQ(readFile(path("full.wor")), kWorkspaceHead);
-    EXPECT_EQ(readFile(path("full_input_layers.mid")),
-              crlf({" 1000,    1, \"" + full("p.mif") + "\"", " 1000,    2, \"" + full("q.mif") + "\""}));
-    const std::string warning = "\nWARNING 0317 - Exceeded limit of input GIS layers that can be tracked (layer "
-                                "referencing may not be complete).\n";
-    const std::size_t first = console_.find(warning);
-    EXPECT_NE(first, std::string::npos) << console_;
-    EXPECT_NE(console_.find(warning, first + 1), std::string::npos) << console_;
-}

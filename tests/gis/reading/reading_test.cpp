@@ -28,9 +28,6 @@ using Change = std::function<void(std::string&)>;
 Change cut(std::size_t n) {
     return [n](std::string& b) { b.resize(n); };
 }
-Change le(std::size_t at, int32_t v) {
-    return [=](std::string& b) { b.replace(at, 4, le32(v)); };
-}
 
 const char* const kCoordSys = "CoordSys Earth Projection 8, 116, \"m\", 147, 0, 0.9996, 500000, 10000000";
 const std::string kDifferent = "Projection of .mif file is different to that specified by the MI Projection == command.";
@@ -152,8 +149,7 @@ TEST_F(Reading, ShapefileAndDbfStops) {
         {"base_L.shp", cut(170), "ERROR 0430 - End of .shp file encountered whilst reading object coordinates."},
         {"base_L.shp", [](std::string& b) { b.replace(104, 4, be32(20)); },  // shorter than its counts
          "ERROR 0424 - Reading .shp file object type."},
-        {"base_L.shp", le(144, 10000), "ERROR 0421 - Exceeded maximum number of parts in a .shp polyline.  Limit is 10000"},
-        {"base_L.shp", le(108, 13), "ERROR 0423 - Unsupported .shp object type PolyLineZ [13]"},
+        {"base_L.shp", [](std::string& b) { b.replace(108, 4, le32(13)); }, "ERROR 0423 - Unsupported .shp object type PolyLineZ [13]"},
         {"base_L.dbf", cut(20), "ERROR 0404 - End of .dbf file encountered whilst reading header."},
         {"base_L.dbf",
          [](std::string& b) {  // 129 one-byte text fields
@@ -182,11 +178,9 @@ TEST_F(Reading, MifStops) {
     const std::string h = "Version 300\r\nColumns 1\r\n  ID Integer\r\nData\r\n\r\n";
     const std::pair<std::string, std::string> cases[] = {
         {"Version 300\r\nData\r\n", "ERROR 0315 - Could not find start of attribute definitions in .mif file"},
-        {"Columns many\r\nData\r\n", "ERROR 0314 - Could not read number of attributes in .mif file"},
         {"Columns 1\r\n  A Char(3)\r\nPline 2\r\n", "ERROR 0313 - Could not find start of \"Data\" block in .mif file."},
         {h + "Pline 3\r\n1 2\r\n", "ERROR 0309 - Unexpected end of .mif file encountered."},
         {h + "Pline 2\r\n1 2\r\nabc def\r\n", "ERROR 0308 - Reading .mif file.  Check file format is not corrupted."},
-        {h + "Region 1\r\n 3\r\n0 0\r\n1 0\r\n0 0\r\n", "ERROR 0318 - Less than 5 points for Region object in mif file."},
         {h + "  collection 2\r\n", "ERROR 0303 - MIF \"Collection\" objects not supported.  Delete or disaggregate object."},
         {h + "Point 1 2\r\nPoint 3 4\r\nPoint 5 6\r\n", "ERROR 0254 - Failed to read object attribute data record for a POINT"},
     };
@@ -235,7 +229,6 @@ TEST_F(Reading, Projections) {
     } cases[] = {
         {"m.mif", "  coordsys earth projection 8,116,'m',147,0,0.9996,500000,10000000", {}},
         {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000", {"WARNING 0305 - " + kDifferent}},
-        {"m.mif", "Charset \"WindowsLatin1\"", {"WARNING 0306 - Problems finding CoordSys line in .mif file."}},
         {"s_P.shp", "projcs[\"GDA_1994_MGA_Zone_55\",GEOGCS[\"other\"],PARAMETER[\"False_Easting\",1.0]]", {}},
         {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {shpWarning}},
         {"s_P.shp", "GEOGCS[\"GCS_WGS_1984\"]",
