@@ -106,8 +106,7 @@ std::string console(F f) {
 inline void setAttributes(std::initializer_list<std::tuple<const char*, const char*, int>> list) {
     gisA_.n = 0;
     for (const auto& [name, type, width] : list) {
-        ++gisA_.n;
-        gisA_.name[gisA_.n] = name;
+        gisA_.name[++gisA_.n] = name;
         gisA_.type[gisA_.n] = type;
         gisA_.width[gisA_.n] = width;
     }
@@ -125,8 +124,7 @@ inline void writeObject(int32_t id, bool GisObject::*kind, const Points& pts, st
     gisO_.nr = starts.empty() ? 1 : static_cast<int32_t>(starts.size());
     gisN = 0;
     for (const auto& [x, y] : pts) {
-        ++gisN;
-        gisX[gisN] = x;
+        gisX[++gisN] = x;
         gisY[gisN] = y;
     }
     put(gisRecordLine, record);

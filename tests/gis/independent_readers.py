@@ -10,13 +10,12 @@ def g(v):
     return '%.17g' % float(v)
 
 
-def wkt(kind, parts):
+def wkt(shape_type, parts):  # parts of (x, y) by shape type: 0 null, 1 point, 3 line, 5 polygon, 8 multipoint
     rings = ','.join('(' + ','.join(g(x) + ' ' + g(y) for x, y in p) + ')' for p in parts)
-    if kind == 'multipoint':
-        return 'MULTIPOINT (%s)' % ','.join('(%s %s)' % (g(x), g(y)) for x, y in sum(parts, []))
-    if kind == 'line':
+    if shape_type == 3:
         return 'LINESTRING ' + rings if len(parts) == 1 else 'MULTILINESTRING (%s)' % rings
-    return {'null': '', 'point': 'POINT ' + rings, 'polygon': 'POLYGON (%s)' % rings}[kind]
+    points = ','.join('(%s %s)' % (g(x), g(y)) for x, y in sum(parts, []))
+    return {0: '', 1: 'POINT ' + rings, 5: 'POLYGON (%s)' % rings, 8: 'MULTIPOINT (%s)' % points}[shape_type]
 
 
 def output(*command):
@@ -31,30 +30,28 @@ def ogrinfo(name):
 
 
 def shapelib(name):
-    kinds = {'NullShape': 'null', 'Point': 'point', 'MultiPoint': 'multipoint', 'Arc': 'line', 'Polygon': 'polygon'}
+    types = {'NullShape': 0, 'Point': 1, 'Arc': 3, 'Polygon': 5, 'MultiPoint': 8}
     shapes = []
     for line in output('/usr/bin/shpdump', name).splitlines():
         shape = re.match(r'Shape:\d+ \((\w+)\)', line)
         vertex = re.match(r' +(\+?) *\(([-\d.e+]+),([-\d.e+]+), 0\)', line)
         if shape:
-            shapes.append((kinds[shape.group(1)], []))
+            shapes.append((types[shape.group(1)], []))
         elif vertex and shapes:
             if vertex.group(1) or not shapes[-1][1]:  # "+" marks the start of a part
                 shapes[-1][1].append([])
             shapes[-1][1][-1].append(vertex.group(2, 3))
-    rows = output('/usr/bin/dbfdump', name[:-4] + '.dbf').splitlines()[1:]
-    for (kind, parts), row in zip(shapes, rows):
-        k, i, v = row.split()
-        print(k, i, g(v), wkt(kind, parts))
+    for (shape_type, parts), row in zip(shapes, output('/usr/bin/dbfdump', name[:-4] + '.dbf').splitlines()[1:]):
+        kind, index, value = row.split()
+        print(kind, index, g(value), wkt(shape_type, parts))
 
 
 def pyshp(name):
     import shapefile
-    kinds = {0: 'null', 1: 'point', 3: 'line', 5: 'polygon', 8: 'multipoint'}
     for sr in shapefile.Reader(name).iterShapeRecords():
         s, r = sr.shape, sr.record
         ends = (list(getattr(s, 'parts', [])) or [0]) + [len(s.points)]
-        print(r[0], r[1], g(r[2]), wkt(kinds[s.shapeType], [s.points[a:b] for a, b in zip(ends, ends[1:])]))
+        print(r[0], r[1], g(r[2]), wkt(s.shapeType, [s.points[a:b] for a, b in zip(ends, ends[1:])]))
 
 
 {'ogrinfo': ogrinfo, 'shapelib': shapelib, 'pyshp': pyshp}[sys.argv[1]](sys.argv[2])
