@@ -9,7 +9,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -82,9 +81,9 @@ inline bool haveTool(const std::string& path) { return ::access(path.c_str(), X_
 inline std::string ogr2ogr(const std::string& csv, const std::string& out, const std::string& format) {
     writeFile(out + ".csv", csv);
     int status = 0;
-    const std::string log = run("/usr/bin/ogr2ogr -f \"" + format + "\" '" + out + "' '" + out +
-                                    ".csv' -oo GEOM_POSSIBLE_NAMES=WKT -oo KEEP_GEOM_COLUMNS=NO -oo AUTODETECT_TYPE=YES 2>&1",
-                                status);
+    const std::string options = " -oo GEOM_POSSIBLE_NAMES=WKT -oo KEEP_GEOM_COLUMNS=NO -oo AUTODETECT_TYPE=YES";
+    const std::string log =
+        run("/usr/bin/ogr2ogr -f \"" + format + "\" '" + out + "' '" + out + ".csv'" + options + " 2>&1", status);
     return status == 0 ? "" : "ogr2ogr failed: " + log;
 }
 
@@ -138,12 +137,12 @@ protected:
         FILEINIT(1000);
         gisInitialiseLibrary(0, "", "", "");  // every slot free, checks off, no record of input layers
         gisClearObject(gisO_);
-        gisO_.isWritten = false;
         gisA_ = GisAttributes{};
         gisCoordSysLine.clear();
         gisPrjLine.clear();
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = std::filesystem::current_path() / "gis_out" / (std::string(info->test_suite_name()) + "." + info->name());
+        dir_ = std::filesystem::current_path() / "gis_out" / info->test_suite_name();
+        dir_ += std::string(".") + info->name();
         std::filesystem::remove_all(dir_);
         std::filesystem::create_directories(dir_);
     }

@@ -2,21 +2,19 @@
 //
 // The grid: 6 cells along x (limI) by 5 along y (limJ), cells of 10 by 10,
 // origin (1000, 2000), held in arrays of 8 by 7 with an offset of 1 on both
-// axes, so that one margin column and row lie on each side. The layer, in
-// local coordinates of the grid (map = origin + local):
+// axes: one margin column and row on each side. The layer, in local
+// coordinates (map = origin + local; also laid on a grid turned north):
 //   1. point (15, 25), value 7: cell j 3, i 2;
 //   2. polyline (2, 12) (58, 12) (58, 68), value 2.5: row 2 from i 1 to 6,
-//      then column 6 from j 2 up; j 6 and 7 lie beyond limJ (though within
-//      the arrays) and are not set;
+//      then column 6 from j 2 up; j 6 and 7 lie beyond limJ and are not set;
 //   3. region, the rectangle (12, 22) - (38, 38) with a hole (22, 32) -
 //      (28, 36), value -2.5: cell centres j 3..4, i 2..4 but for the centre
 //      (25, 35) of j 4, i 3 in the hole; upper-x sides (x = 20, 30) j 3..4,
 //      i 2..3; upper-y sides (y = 30) j 3, i 2..4; corners (20, 30), (30, 30);
 //   4. point (-25, 15), value 9: left of the grid, sets nothing.
-// The layer is also laid on a grid turned so that its x axis runs north.
-// Grids are shown as pictures of local rows j 5 (top) to 1 and local columns
-// i 0 (the margin that x-sides reach) to 6, "." for 0; whatever else of the
-// arrays is not 0 is listed behind the picture.
+// Pictures show local rows j 5 (top) to 1 and columns i 0 (the margin that
+// x-sides reach) to 6, "." for 0; whatever else of the arrays is not 0 is
+// listed behind the picture.
 #include <cmath>
 #include <regex>
 #include <sstream>
@@ -93,7 +91,8 @@ const Object kLayer[] = {
     {&GisObject::isPoint, "POINT", {{15, 25}}, "7"},
     {&GisObject::isPline, "LINESTRING", {{2, 12}, {58, 12}, {58, 68}}, "2.5"},
     {&GisObject::isRegion, "POLYGON",
-     {{12, 22}, {38, 22}, {38, 38}, {12, 38}, {12, 22}, {22, 32}, {28, 32}, {28, 36}, {22, 36}, {22, 32}}, "-2.5", {1, 6}},
+     {{12, 22}, {38, 22}, {38, 38}, {12, 38}, {12, 22}, {22, 32}, {28, 32}, {28, 36}, {22, 36}, {22, 32}},
+     "-2.5", {1, 6}},
     {&GisObject::isPoint, "POINT", {{-25, 15}}, "9"},
 };
 
@@ -110,7 +109,8 @@ std::string csvRow(const Object& o) {
     const Points map = toMap(o.local);
     for (std::size_t k = 0; k < map.size(); ++k) {
         const bool start = std::find(o.starts.begin(), o.starts.end(), int32_t(k + 1)) != o.starts.end();
-        points += (k == 0 ? "" : start ? "),(" : ",") + std::to_string(map[k].first) + " " + std::to_string(map[k].second);
+        points += std::string(k == 0 ? "" : start ? "),(" : ",") + std::to_string(map[k].first) + " " +
+                  std::to_string(map[k].second);
     }
     const bool ring = o.wkt == "POLYGON";
     return "\"" + o.wkt + (ring ? " ((" : " (") + points + (ring ? "))" : ")") + "\"," + o.value + "\n";
@@ -144,10 +144,10 @@ protected:
             int32_t id = gisOpenLayer(path(file), false, "I ", "");
             gisReadHeader(id);
             gisGotoBeginningOfData(id);
-            for (int guard = 0; !gisAtEnd[id] && guard < 100; ++guard) {
+            for (int32_t guard = 0, count = 0; !gisAtEnd[id] && guard < 100; ++guard) {
                 gisAssignObjectToGrid(id, kLimJ, kLimI, kOff, kOff, kD, kD, kOx, kOy, angle, m.useInteger, m.countOnly,
                                       m.sidesOnly, m.allPoints, m.halveOnSides, g.ci.data(), g.xi.data(), g.yi.data(),
-                                      g.cr.data(), g.xr.data(), g.yr.data(), kDimJ, kDimI, m.accumulate, lastCount);
+                                      g.cr.data(), g.xr.data(), g.yr.data(), kDimJ, kDimI, m.accumulate, count);
             }
             EXPECT_TRUE(gisAtEnd[id]);
             gisCloseLayer(id);
@@ -174,7 +174,6 @@ protected:
 
     Grids g;
     std::string console_;
-    int32_t lastCount = -1;
 };
 
 }  // namespace
@@ -239,44 +238,38 @@ TEST_F(Assign, EveryModeOnWrittenAndOgr2ogrLayers) {
         . 3 3 3 3 3 3 | . .  .  . . . . | . .  .  .  . . .
         . . . . . . . | . .  .  . . . . | . .  .  .  . . .)"},
     };
-    // The layers with the order in which they hold the objects, and the grid angle.
+    // The layers, each as its files and the grid angle.
     writeLayer("layer.mif");
     writeLayer("layer.shp");
     writeLayer("turned.mif", true);
-    struct Layers {
-        std::vector<std::string> files;
-        std::vector<int> order;
-        float angle = 0.0f;
-    };
-    std::vector<Layers> layers = {{{"layer.mif"}, {0, 1, 2, 3}},
-                                  {{"layer_P.shp", "layer_L.shp", "layer_R.shp"}, {0, 3, 1, 2}},
-                                  {{"turned.mif"}, {0, 1, 2, 3}, float(std::acos(0.0))}};
+    std::vector<std::pair<std::vector<std::string>, float>> layers = {
+        {{"layer.mif"}, 0.0f}, {{"layer_P.shp", "layer_L.shp", "layer_R.shp"}, 0.0f}, {{"turned.mif"}, std::acos(0.0f)}};
     const bool ogr = haveTool("/usr/bin/ogr2ogr");
     if (ogr) {
         ogrLayers();
-        layers.push_back({{"ogr.mif"}, {0, 1, 2, 3}});
-        layers.push_back({{"POINT.shp", "LINESTRING.shp", "POLYGON.shp"}, {0, 3, 1, 2}});
+        layers.push_back({{"ogr.mif"}, 0.0f});
+        layers.push_back({{"POINT.shp", "LINESTRING.shp", "POLYGON.shp"}, 0.0f});
     }
-    for (const Layers& set : layers) {
+    for (const auto& [files, angle] : layers) {
+        // The shapefiles hold the points, objects 1 and 4, first.
+        const std::vector<int> order = files.size() == 1 ? std::vector{0, 1, 2, 3} : std::vector{0, 3, 1, 2};
         for (const auto& c : cases) {
-            SCOPED_TRACE(set.files[0] + ": " + c.name);
+            SCOPED_TRACE(files[0] + ": " + c.name);
             g = Grids{};
             console_.clear();
             std::vector<std::string> expected;
             for (int p = 0; p < c.passes; ++p) {
-                for (const std::string& file : set.files) layAll(file, c.mode, set.angle);
-                for (int k : set.order) expected.push_back(c.counts[std::size_t(k)]);
+                for (const std::string& file : files) layAll(file, c.mode, angle);
+                for (int k : order) expected.push_back(c.counts[std::size_t(k)]);
             }
             EXPECT_EQ(progress(true), expected);
-            // The grids of the other type stay all 0.
-            const std::string zero = tidy(nullptr), written[3] = {tidy(c.grids, 0), tidy(c.grids, 1), tidy(c.grids, 2)};
-            const bool integer = c.mode.useInteger;
-            EXPECT_EQ(picture(g.ci), integer ? written[0] : zero) << "cell integers";
-            EXPECT_EQ(picture(g.xi), integer ? written[1] : zero) << "x-side integers";
-            EXPECT_EQ(picture(g.yi), integer ? written[2] : zero) << "y-side integers";
-            EXPECT_EQ(picture(g.cr), integer ? zero : written[0]) << "cell reals";
-            EXPECT_EQ(picture(g.xr), integer ? zero : written[1]) << "x-side reals";
-            EXPECT_EQ(picture(g.yr), integer ? zero : written[2]) << "y-side reals";
+            // The cell, x-side and y-side grids of integers, then of reals; those of the other type stay all 0.
+            const std::string got[2][3] = {{picture(g.ci), picture(g.xi), picture(g.yi)},
+                                           {picture(g.cr), picture(g.xr), picture(g.yr)}};
+            for (int type = 0; type < 2; ++type)
+                for (int k = 0; k < 3; ++k)
+                    EXPECT_EQ(got[type][k], (type == 0) == c.mode.useInteger ? tidy(c.grids, k) : tidy(nullptr))
+                        << (type == 0 ? "integer" : "real") << " grid " << k;
         }
     }
     if (!ogr) GTEST_SKIP() << "ogr2ogr (gdal-bin) is not installed: only the layers of our own writer were laid";

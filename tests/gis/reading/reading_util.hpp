@@ -26,7 +26,6 @@ struct Sub {  // what one gisReadObject call gave
 
 struct Object {
     std::string kind;
-    std::vector<int32_t> ir;  // entries 1..nr after the read
     std::vector<Sub> subs;
     std::string record;
 };
@@ -47,7 +46,7 @@ inline std::vector<Object> readLayer(int32_t id) {
     gisGotoBeginningOfData(id);
     std::vector<Object> out;
     while (gisObjectType(id, gisO_)) {
-        Object ob{kindOf(gisO_), {}, {}, {}};
+        Object ob{kindOf(gisO_), {}, {}};
         gisReadRecord(id, gisO_, gisRecordLine);
         ob.record = std::string(gisRecordLine.trimmed());
         const int32_t subs = gisO_.isPlineMultiple || gisO_.isMultiPoint ? gisO_.np : 1;
@@ -61,7 +60,6 @@ inline std::vector<Object> readLayer(int32_t id) {
             for (int32_t i = 1; i <= gisN; ++i) s.points.push_back({gisX[i], gisY[i]});
             ob.subs.push_back(s);
         }
-        for (int32_t p = 1; p <= gisO_.nr; ++p) ob.ir.push_back(gisO_.ir[p]);
         out.push_back(ob);
     }
     return out;
@@ -110,7 +108,8 @@ inline std::vector<Object> expectLayer(const std::string& file, const std::vecto
         for (std::size_t k = 0; k < std::min(got[i].subs.size(), want[i].subs.size()); ++k)
             EXPECT_EQ(got[i].subs[k].points, want[i].subs[k]) << "sub-object " << k;
         // The fraction along a segment is single precision.
-        for (int d = 0; want[i].derived && d < 4; ++d) EXPECT_NEAR(got[i].subs[0].derived[d], (*want[i].derived)[d], 1e-5);
+        for (int d = 0; want[i].derived && d < 4; ++d)
+            EXPECT_NEAR(got[i].subs[0].derived[d], (*want[i].derived)[d], 1e-5);
     }
     return got;
 }
