@@ -125,7 +125,8 @@ TEST_F(EveryKind, OurReadersGiveItBack) {
     std::vector<Want> w;
     for (std::size_t i = 0; i < samples().size(); ++i)
         w.push_back({samples()[i].kind, samples()[i].read, record(int(i + 1)), samples()[i].derived});
-    reading::expectLayer(path("all.mif"), w);
+    const auto mif = reading::expectLayer(path("all.mif"), w);
+    EXPECT_EQ(mif.at(6).ir, (std::vector<int32_t>{5, 11}));  // the last given point of each part
     // In the SHP family a line is a polyline of one part; a text, a point at its first entry.
     Want line = w[2], text = w[7];
     line.kind = "pline";

@@ -9,6 +9,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -131,9 +132,21 @@ inline void writeObject(int32_t id, bool GisObject::*kind, const Points& pts, st
     gisWriteRecord(id, gisO_);
 }
 
+// A stop ends the process with status 0: one that the test does not expect
+// would pass for success, so the fixture makes it fail instead.
+inline bool inTest = false, stopExpected = false;
+inline void failUnexpectedStop() {
+    if (!inTest || stopExpected) return;
+    std::fputs("FAILED: the run stopped inside the test\n", stderr);
+    std::_Exit(1);
+}
+
 class GisTest : public ::testing::Test {
 protected:
+    void TearDown() override { inTest = false; }
     void SetUp() override {
+        static const int registered = std::atexit(failUnexpectedStop);
+        inTest = registered == 0;
         FILEINIT(1000);
         gisInitialiseLibrary(0, "", "", "");  // every slot free, checks off, no record of input layers
         gisClearObject(gisO_);
@@ -162,17 +175,21 @@ protected:
 
 }  // namespace gistest
 
-// The statement ends the run through EXITS with `text` as whole lines of its
-// output. Console output is sent to the error stream, where the check looks.
-#define EXPECT_GIS_STOP(statement, text)                                                                 \
+// The statement ends the run through EXITS with output that the regular
+// expression matches, or with `text` as whole lines of its output. Console
+// output is sent to the error stream, where the check looks.
+#define EXPECT_GIS_STOP_MATCHING(statement, regex)                                                       \
     do {                                                                                                 \
         conFlush();                                                                                      \
         unitFlushAll();                                                                                  \
         EXPECT_EXIT(                                                                                     \
             {                                                                                            \
+                ::gistest::stopExpected = true;                                                          \
                 fileUnitSettings.pauseOnPrematureExit = false;                                           \
                 ::dup2(2, 1);                                                                            \
                 statement;                                                                               \
             },                                                                                           \
-            ::testing::ExitedWithCode(0), "(^|\n)" + ::gistest::literal(text) + "\n");                   \
+            ::testing::ExitedWithCode(0), regex);                                                        \
     } while (0)
+#define EXPECT_GIS_STOP(statement, text) \
+    EXPECT_GIS_STOP_MATCHING(statement, "(^|\n)" + ::gistest::literal(text) + "\n")

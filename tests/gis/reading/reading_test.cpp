@@ -149,8 +149,6 @@ TEST_F(Reading, ShapefileAndDbfStops) {
         {"base_L.dbf", cut(20), "ERROR 0404 - End of .dbf file encountered whilst reading header."},
         {"base_L.dbf", [](std::string& b) { b[48] = 0; },
          "ERROR 0402 - dbf field length of 0 is outside allowable range of 1 to 255."},
-        {"base_L.dbf", [](std::string& b) { b[97] = 'X'; },
-         "ERROR 0406 - Unrecognised record identifier found in .dbf file.\nCharacter = X [88]"},
         {"base_L.dbf", cut(107), "ERROR 0408 - End of .dbf file encountered whilst reading record."},
     };
     for (const auto& c : cases) {
@@ -172,8 +170,6 @@ TEST_F(Reading, MifStops) {
          "ERROR 0313 - Could not find start of \"Data\" block in .mif file."},
         {h + "Pline 3\r\n1 2\r\n", "ERROR 0309 - Unexpected end of .mif file encountered."},
         {h + "Pline 2\r\n1 2\r\nabc def\r\n", "ERROR 0308 - Reading .mif file.  Check file format is not corrupted."},
-        {h + "  collection 2\r\n",
-         "ERROR 0303 - MIF \"Collection\" objects not supported.  Delete or disaggregate object."},
         {h + "Point 1 2\r\nPoint 3 4\r\nPoint 5 6\r\n",
          "ERROR 0254 - Failed to read object attribute data record for a POINT"},
     };
@@ -247,15 +243,11 @@ TEST_F(Reading, SaveDatesOfMifPair) {
     const std::string round = literal("Checking save date is later than that of " + path("m.tab") + "...") +
                               "NOT OK\n\n\\.\\.\\.Closed File Unit:1001\n"
                               "\\.\\.\\.Closed File Unit:1002\nERROR 0004 - Save date of [^\n]*\n";
-    conFlush();
-    EXPECT_EXIT(
+    EXPECT_GIS_STOP_MATCHING(
         {
-            fileUnitSettings.pauseOnPrematureExit = false;
-            ::dup2(2, 1);
             ::dup2(::open(answers.c_str(), O_RDONLY), 0);
             readAll("m.mif");
         },
-        ::testing::ExitedWithCode(0),
         round + ".*" + round + ".*\nERROR - End of standard input while waiting for the mif file to be exported "
                                "again; nobody left to answer\\.\n");
 }

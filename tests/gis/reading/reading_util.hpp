@@ -26,6 +26,7 @@ struct Sub {  // what one gisReadObject call gave
 
 struct Object {
     std::string kind;
+    std::vector<int32_t> ir;  // entries 1..nr after the read
     std::vector<Sub> subs;
     std::string record;
 };
@@ -46,7 +47,7 @@ inline std::vector<Object> readLayer(int32_t id) {
     gisGotoBeginningOfData(id);
     std::vector<Object> out;
     while (gisObjectType(id, gisO_)) {
-        Object ob{kindOf(gisO_), {}, {}};
+        Object ob{kindOf(gisO_), {}, {}, {}};
         gisReadRecord(id, gisO_, gisRecordLine);
         ob.record = std::string(gisRecordLine.trimmed());
         const int32_t subs = gisO_.isPlineMultiple || gisO_.isMultiPoint ? gisO_.np : 1;
@@ -60,6 +61,7 @@ inline std::vector<Object> readLayer(int32_t id) {
             for (int32_t i = 1; i <= gisN; ++i) s.points.push_back({gisX[i], gisY[i]});
             ob.subs.push_back(s);
         }
+        for (int32_t p = 1; p <= gisO_.nr; ++p) ob.ir.push_back(gisO_.ir[p]);
         out.push_back(ob);
     }
     return out;
