@@ -150,7 +150,6 @@ protected:
         FILEINIT(1000);
         gisInitialiseLibrary(0, "", "", "");  // every slot free, checks off, no record of input layers
         gisClearObject(gisO_);
-        gisA_ = GisAttributes{};
         gisCoordSysLine.clear();
         gisPrjLine.clear();
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();

@@ -129,7 +129,6 @@ TEST_F(Writers, ShpOnePoint) {
     gisCloseLayer(id);
     EXPECT_EQ(file("s_P.shp"), kPointShp);
     EXPECT_EQ(file("s_P.shx"), kPointShx);
-    EXPECT_EQ(file("s_P.shx").size(), 108u);
     EXPECT_EQ(file("s_P.prj"), "PROJCS[\"x\"]\r\n");
 }
 
@@ -168,12 +167,8 @@ TEST_F(Writers, ShpRewriteOverLongerFileKeepsTail) {
 }
 
 TEST_F(Writers, DbfHeaderRecordsAndEndMark) {
-    setAttributes({{"Stream_ID", "Char", 6},
-                   {"Level", "Float", 0},
-                   {"Count", "Integer", 99},
-                   {"Flag", "logical", 9},
-                   {" Bed Level (m)", "decimal", 5},
-                   {"Shape_Width_or_dMax", "  CHARACTER", 3}});
+    setAttributes({{"Stream_ID", "Char", 6}, {"Level", "Float", 0}, {"Count", "Integer", 99}, {"Flag", "logical", 9},
+                   {" Bed Level (m)", "decimal", 5}, {"Shape_Width_or_dMax", "  CHARACTER", 3}});
     gisA_.nrecords = 77;  // replaced by the count really written
     std::string got = dbf({
         "\"ab\",1.5,7,T,12.34567,\"abcd\"",
@@ -279,7 +274,6 @@ TEST_F(Writers, ExactMessages) {
          "ERROR 0412 - dbf field length of 256 is outside allowable range of 1 to 255 when writing dbf file."},
         {[&] { fields(3, "Decimal", 0); },
          "ERROR 0412 - dbf field length of 0 is outside allowable range of 1 to 255 when writing dbf file."},
-        {[&] { fields(3, "Date", 1); }, "Should not be here [Unrecognised DBF field]" + contact},
         {[&] { record(fields(2, "Char", 3), "ok,\"open"); },
          "Should not be here [dbfdataline]" + contact + "\nok,\"open"},
         {[] { gisWriteObject(0, gisO_); }, "Should not be here gisWriteObject[gisID=0]" + contact},

@@ -137,10 +137,9 @@ protected:
         }
     }
 
-    // Lays every object of the layer `file` on the grids, the console kept
-    // unless `capture` is false.
-    void layAll(const std::string& file, const Mode& m, float angle = 0.0f, bool capture = true) {
-        auto lay = [&] {
+    // Lays every object of the layer `file` on the grids, the console kept.
+    void layAll(const std::string& file, const Mode& m, float angle = 0.0f) {
+        console_ += console([&] {
             int32_t id = gisOpenLayer(path(file), false, "I ", "");
             gisReadHeader(id);
             gisGotoBeginningOfData(id);
@@ -151,11 +150,7 @@ protected:
             }
             EXPECT_TRUE(gisAtEnd[id]);
             gisCloseLayer(id);
-        };
-        if (capture)
-            console_ += console(lay);
-        else
-            lay();
+        });
     }
 
     // The progress lines of the console so far, or only the count and word
@@ -241,9 +236,9 @@ TEST_F(Assign, EveryModeOnWrittenAndOgr2ogrLayers) {
     // The layers, each as its files and the grid angle.
     writeLayer("layer.mif");
     writeLayer("layer.shp");
-    writeLayer("turned.mif", true);
+    writeLayer("north.mif", true);
     std::vector<std::pair<std::vector<std::string>, float>> layers = {
-        {{"layer.mif"}, 0.0f}, {{"layer_P.shp", "layer_L.shp", "layer_R.shp"}, 0.0f}, {{"turned.mif"}, std::acos(0.0f)}};
+        {{"layer.mif"}, 0.0f}, {{"north.mif"}, std::acos(0.0f)}, {{"layer_P.shp", "layer_L.shp", "layer_R.shp"}, 0.0f}};
     const bool ogr = haveTool("/usr/bin/ogr2ogr");
     if (ogr) {
         ogrLayers();
@@ -292,11 +287,14 @@ TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {
                               2, "...GIS MULTIPOINT (     1 vertices) assigned a value of 5. to     1 cells"));
     EXPECT_EQ(picture(g.cr), tidy(". . . . . . 5\n. . . . . . .\n. . 5 . . . .\n. . . . . . .\n. . . . . . ."));
 
-    // A first attribute that is not a number stops the run.
-    setAttributes({{"Name", "Char", 10}, {"Value", "Float", 0}});
-    id = openWithHeader("bad.mif");
-    writeObject(id, &GisObject::isPoint, {{1015, 2025}}, "\"abc\",1");
-    gisCloseLayer(id);
-    EXPECT_GIS_STOP(layAll("bad.mif", {}, 0.0f, false),
+    // A record whose first value is not a number stops the run (here an object the caller prepared).
+    GisObject point;
+    point.isPoint = true;
+    put(gisRecordLine, "\"abc\",1");
+    float value = 0.0f;
+    int32_t count = 0;
+    EXPECT_GIS_STOP(gisAssignPreparedObjectToGrid(0, kLimJ, kLimI, kOff, kOff, kD, kD, kOx, kOy, 0.0f, false, false,
+                                                  false, false, false, nullptr, nullptr, nullptr, g.cr.data(), nullptr,
+                                                  nullptr, kDimJ, kDimI, false, count, point, false, true, {}, value),
                     "ERROR 2148 - Reading attribute data from data line below.\nData Line = \"abc\",1");
 }

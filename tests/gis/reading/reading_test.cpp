@@ -49,8 +49,7 @@ protected:
         writeObject(id, &GisObject::isRegion, {{0, 0}, {0, 1}, {1, 1}, {1, 0}, {0, 0}}, "\"thing\",1.5");
         gisCloseLayer(id);
     }
-    // One point in m.mif with this CoordSys line, and in s_P.shp with this
-    // .prj line (no .prj when empty).
+    // One point in m.mif with this CoordSys line, and in s_P.shp with this .prj line.
     void layers(const std::string& coordSys, const std::string& prj) {
         writeFile(path("m.mif"), crlf({"Version 300", coordSys, "Columns 1", "  ID Integer", "Data", "Point 1 2"}));
         writeFile(path("m.mid"), "1\r\n");
@@ -58,8 +57,7 @@ protected:
         int32_t id = openWithHeader("s.shp", "P");
         writeObject(id, &GisObject::isPoint, {{1, 2}}, "1");
         gisCloseLayer(id);
-        std::filesystem::remove(path("s_P.prj"));
-        if (!prj.empty()) writeFile(path("s_P.prj"), prj + "\r\n");
+        writeFile(path("s_P.prj"), prj + "\r\n");
     }
     // Reads the layer, which must give its point.
     void readAll(const std::string& name) {
