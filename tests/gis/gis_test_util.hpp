@@ -1,6 +1,6 @@
 // Shared pieces of the GIS library tests: a fixture with a clean library and
-// file-unit state and a folder of its own, byte builders for hand-worked
-// file contents, and a check for the stops that end the run.
+// file-unit state and a folder of its own, byte builders for hand-worked file
+// contents, console capture, and a check for the stops that end the run.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,13 +9,16 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -29,26 +32,21 @@ inline std::string readFile(const std::string& path) {
 }
 
 inline void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 // Byte builders.
-inline std::string le32(int32_t v) {
-    std::string s(4, '\0');
-    for (int i = 0; i < 4; ++i) s[i] = static_cast<char>((static_cast<uint32_t>(v) >> (8 * i)) & 0xFF);
+inline std::string leBytes(uint64_t u, int bytes) {
+    std::string s(static_cast<std::size_t>(bytes), '\0');
+    for (int i = 0; i < bytes; ++i) s[static_cast<std::size_t>(i)] = static_cast<char>((u >> (8 * i)) & 0xFF);
     return s;
 }
+inline std::string le64(double d) { return leBytes(std::bit_cast<uint64_t>(d), 8); }
+inline std::string le32(int32_t v) { return leBytes(static_cast<uint32_t>(v), 4); }
+inline std::string le16(int v) { return leBytes(static_cast<uint32_t>(v), 2); }
 inline std::string be32(int32_t v) {
-    std::string s = le32(v);
+    const std::string s = le32(v);
     return {s.rbegin(), s.rend()};
-}
-inline std::string le16(int v) { return le32(v).substr(0, 2); }
-inline std::string le64(double d) {
-    uint64_t u = std::bit_cast<uint64_t>(d);
-    std::string s(8, '\0');
-    for (int i = 0; i < 8; ++i) s[i] = static_cast<char>((u >> (8 * i)) & 0xFF);
-    return s;
 }
 inline std::string zeros(std::size_t n) { return std::string(n, '\0'); }
 inline std::string crlf(std::initializer_list<std::string> lines) {
@@ -59,16 +57,8 @@ inline std::string crlf(std::initializer_list<std::string> lines) {
 
 // The literal as a POSIX extended regular expression.
 inline std::string literal(const std::string& text) {
-    std::string r;
-    for (char c : text) {
-        if (std::strchr(".[](){}*+?|^$\\", c)) r += '\\';
-        r += c;
-    }
-    return r;
+    return std::regex_replace(text, std::regex(R"([.[\](){}*+?|^$\\])"), R"(\$&)");
 }
-
-// A whole line of the stop's output.
-inline std::string lineRegex(const std::string& text) { return "(^|\n)" + literal(text) + "\n"; }
 
 // Runs a command and gives its standard output; -1 in status when it could
 // not be started.
@@ -80,59 +70,91 @@ inline std::string run(const std::string& command, int& status) {
         return out;
     }
     char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
     status = ::pclose(p);
     return out;
+}
+
+inline bool haveTool(const std::string& path) { return ::access(path.c_str(), X_OK) == 0; }
+
+// CSV text, the geometry in its column WKT, made into the layer `out` of the
+// format by GDAL's ogr2ogr; empty, or what went wrong.
+inline std::string ogr2ogr(const std::string& csv, const std::string& out, const std::string& format) {
+    writeFile(out + ".csv", csv);
+    int status = 0;
+    const std::string options = " -oo GEOM_POSSIBLE_NAMES=WKT -oo KEEP_GEOM_COLUMNS=NO -oo AUTODETECT_TYPE=YES";
+    const std::string log =
+        run("/usr/bin/ogr2ogr -f \"" + format + "\" '" + out + "' '" + out + ".csv'" + options + " 2>&1", status);
+    return status == 0 ? "" : "ogr2ogr failed: " + log;
 }
 
 // Assigns a text out of line: g++ 12 sees the inlined assignment of a
 // global text as a possible overrun and warns.
 [[gnu::noinline]] inline void put(TextRef t, std::string_view s) { t.assign(s); }
 
-inline bool haveTool(const std::string& path) { return ::access(path.c_str(), X_OK) == 0; }
+// What `f` writes to the console.
+template <class F>
+std::string console(F f) {
+    conFlush();
+    ::testing::internal::CaptureStdout();
+    f();
+    conFlush();
+    return ::testing::internal::GetCapturedStdout();
+}
 
 // Attributes of gisA_: name, type word, width.
 inline void setAttributes(std::initializer_list<std::tuple<const char*, const char*, int>> list) {
     gisA_.n = 0;
-    gisA_.nrecords = 0;
     for (const auto& [name, type, width] : list) {
-        ++gisA_.n;
-        gisA_.name[gisA_.n] = name;
+        gisA_.name[++gisA_.n] = name;
         gisA_.type[gisA_.n] = type;
         gisA_.width[gisA_.n] = width;
     }
 }
 
-// Points 1.. of the coordinate buffer.
-inline void setPoints(std::initializer_list<std::pair<double, double>> pts) {
+using Points = std::vector<std::pair<double, double>>;
+
+// One object of the kind, its points from entry 1, with its record; part p
+// starts at point starts[p - 1].
+inline void writeObject(int32_t id, bool GisObject::*kind, const Points& pts, std::string_view record,
+                        const std::vector<int32_t>& starts = {}) {
+    gisClearObject(gisO_);
+    gisO_.*kind = true;
+    for (std::size_t p = 0; p < starts.size(); ++p) gisO_.ir[p + 1] = starts[p];
+    gisO_.nr = starts.empty() ? 1 : static_cast<int32_t>(starts.size());
     gisN = 0;
     for (const auto& [x, y] : pts) {
-        ++gisN;
-        gisX[gisN] = x;
+        gisX[++gisN] = x;
         gisY[gisN] = y;
     }
+    put(gisRecordLine, record);
+    gisWriteObject(id, gisO_);
+    gisWriteRecord(id, gisO_);
+}
+
+// A stop ends the process with status 0: one that the test does not expect
+// would pass for success, so the fixture makes it fail instead.
+inline bool inTest = false, stopExpected = false;
+inline void failUnexpectedStop() {
+    if (!inTest || stopExpected) return;
+    std::fputs("FAILED: the run stopped inside the test\n", stderr);
+    std::_Exit(1);
 }
 
 class GisTest : public ::testing::Test {
 protected:
+    void TearDown() override { inTest = false; }
     void SetUp() override {
+        static const int registered = std::atexit(failUnexpectedStop);
+        inTest = registered == 0;
         FILEINIT(1000);
-        for (int32_t i = 1; i <= kGisMaxLayers; ++i) {
-            gisIsOpen[i] = false;
-            gisInitialiseLayer(i);
-        }
+        gisInitialiseLibrary(0, "", "", "");  // every slot free, checks off, no record of input layers
         gisClearObject(gisO_);
-        gisO_.isWritten = false;
-        gisA_ = GisAttributes{};
-        gisN = 0;
-        gisRecordLine.clear();
-        gisRecordLineLarge.clear();
         gisCoordSysLine.clear();
         gisPrjLine.clear();
-        gisInputLayerCount = 0;
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = std::filesystem::current_path() / "gis_out" / (std::string(info->test_suite_name()) + "." + info->name());
+        dir_ = std::filesystem::current_path() / "gis_out" / info->test_suite_name();
+        dir_ += std::string(".") + info->name();
         std::filesystem::remove_all(dir_);
         std::filesystem::create_directories(dir_);
     }
@@ -152,17 +174,21 @@ protected:
 
 }  // namespace gistest
 
-// The statement ends the run through EXITS with `text` as one of its lines.
-// Console output is sent to the error stream, where the check looks.
-#define EXPECT_GIS_STOP(statement, text)                                              \
-    do {                                                                              \
-        conFlush();                                                                   \
-        unitFlushAll();                                                               \
-        EXPECT_EXIT(                                                                  \
-            {                                                                         \
-                fileUnitSettings.pauseOnPrematureExit = false;                        \
-                ::dup2(2, 1);                                                         \
-                statement;                                                            \
-            },                                                                        \
-            ::testing::ExitedWithCode(0), ::gistest::lineRegex(text));                \
+// The statement ends the run through EXITS with output that the regular
+// expression matches, or with `text` as whole lines of its output. Console
+// output is sent to the error stream, where the check looks.
+#define EXPECT_GIS_STOP_MATCHING(statement, regex)                                                       \
+    do {                                                                                                 \
+        conFlush();                                                                                      \
+        unitFlushAll();                                                                                  \
+        EXPECT_EXIT(                                                                                     \
+            {                                                                                            \
+                ::gistest::stopExpected = true;                                                          \
+                fileUnitSettings.pauseOnPrematureExit = false;                                           \
+                ::dup2(2, 1);                                                                            \
+                statement;                                                                               \
+            },                                                                                           \
+            ::testing::ExitedWithCode(0), regex);                                                        \
     } while (0)
+#define EXPECT_GIS_STOP(statement, text) \
+    EXPECT_GIS_STOP_MATCHING(statement, "(^|\n)" + ::gistest::literal(text) + "\n")

@@ -110,7 +110,8 @@ inline std::vector<Object> expectLayer(const std::string& file, const std::vecto
         for (std::size_t k = 0; k < std::min(got[i].subs.size(), want[i].subs.size()); ++k)
             EXPECT_EQ(got[i].subs[k].points, want[i].subs[k]) << "sub-object " << k;
         // The fraction along a segment is single precision.
-        for (int d = 0; want[i].derived && d < 4; ++d) EXPECT_NEAR(got[i].subs[0].derived[d], (*want[i].derived)[d], 1e-5);
+        for (int d = 0; want[i].derived && d < 4; ++d)
+            EXPECT_NEAR(got[i].subs[0].derived[d], (*want[i].derived)[d], 1e-5);
     }
     return got;
 }
