@@ -84,17 +84,8 @@ int32_t countFrom(std::string_view s, std::string_view failure) {
     return n;
 }
 
-[[noreturn]] void stopTooManyNodes(int64_t requested, int32_t limit) {
-    gisSetMessage("ERROR 0310 - Exceeded number of allowable nodes in a single polyline or region.");
-    GisLine l;
-    l << "             Requested" << intText(8, requested) << "        Limit" << intText(8, limit);
-    gisMessageLine[2] = l.view();
-    gisMessageOut(1);
-    EXITS();
-}
-
 void needSlots(int64_t n, int32_t maxN) {
-    if (n > maxN) stopTooManyNodes(n, maxN);
+    if (n > maxN) gisStopTooManyNodes(false, n, maxN);
 }
 
 // What becomes of the points that are read.
@@ -143,7 +134,7 @@ void readRegion(int32_t unit, GisObject& o, double* X, double* Y, int32_t maxN, 
             if (p == 1) needSlots(1, maxN);
             readPoints(unit, c, X, Y, 1, p == 1 ? Keep::first : Keep::none);
         }
-        if (n > INT32_MAX - 2) stopTooManyNodes(n, maxN);
+        if (n > INT32_MAX - 2) gisStopTooManyNodes(false, n, maxN);
         o.ir[p] = static_cast<int32_t>(n - 1);
         first = static_cast<int32_t>(n + 1);
     }

@@ -32,6 +32,10 @@ void gisReport(int32_t blankLines, std::string_view line);
 // `line` as the message, through gisMessageOut with one blank line, then EXITS.
 [[noreturn]] void gisStopMessage(std::string_view line);
 
+// ERROR 0310, more points than the buffers hold, in the words of the family
+// (shp true for the SHP family), with the requested count and the limit.
+[[noreturn]] void gisStopTooManyNodes(bool shp, int64_t requested, int32_t limit);
+
 // The workspace and input-layer list lines for an input layer that is new to
 // gisInputLayers (its stem as tracked, `name` as given); `tracked` is false
 // beyond the tracking limit, where only the list gets a line.

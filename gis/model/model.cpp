@@ -5,6 +5,7 @@
 
 #include "gis/gis.hpp"
 #include "gis/model/gis_internal.hpp"
+#include "text/numbers.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
@@ -138,4 +139,14 @@ void gisMessageOut(int32_t blankLines) {
 void gisSetMessage(std::string_view line) {
     gisMessageLine[1] = line;
     for (int i = 2; i <= 4; ++i) gisMessageLine[i].clear();
+}
+
+void gisStopTooManyNodes(bool shp, int64_t requested, int32_t limit) {
+    gisSetMessage(shp ? "ERROR 0310 - Exceeded number of allowable nodes in a single .shp polyline or region."
+                      : "ERROR 0310 - Exceeded number of allowable nodes in a single polyline or region.");
+    GisLine l;
+    l << "             Requested" << intText(8, requested) << "        Limit" << intText(8, limit);
+    gisMessageLine[2] = l.view();
+    gisMessageOut(1);
+    EXITS();
 }

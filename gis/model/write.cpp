@@ -12,18 +12,6 @@
 
 namespace {
 
-// Stops with the node limit; the words name the family as the readers do.
-[[noreturn]] void stopTooManyPoints(int32_t gisID, int64_t requested) {
-    gisSetMessage(gisFormat[gisID] == 2
-                      ? "ERROR 0310 - Exceeded number of allowable nodes in a single .shp polyline or region."
-                      : "ERROR 0310 - Exceeded number of allowable nodes in a single polyline or region.");
-    GisLine l;
-    l << "             Requested" << intText(8, requested) << "        Limit" << intText(8, kGisMaxPoints);
-    gisMessageLine[2] = l.view();
-    gisMessageOut(1);
-    EXITS();
-}
-
 // Parts and points must lie inside the shared buffers before a byte of the
 // object is written.
 void checkObject(int32_t gisID, GisObject& o) {
@@ -51,10 +39,12 @@ void checkObject(int32_t gisID, GisObject& o) {
             EXITS();
         }
         // A part that starts beyond the buffer would be read from outside it.
-        if (o.ir[o.nr] > kGisMaxPoints + 1) stopTooManyPoints(gisID, static_cast<int64_t>(o.ir[o.nr]) - 1);
+        if (o.ir[o.nr] > kGisMaxPoints + 1)
+            gisStopTooManyNodes(gisFormat[gisID] == 2, static_cast<int64_t>(o.ir[o.nr]) - 1, kGisMaxPoints);
     }
     const bool readsAllPoints = o.isMultiPoint || o.isLine || o.isPline || o.isPlineMultiple || o.isRegion;
-    if (!o.isPoint && readsAllPoints && gisN > kGisMaxPoints) stopTooManyPoints(gisID, gisN);
+    if (!o.isPoint && readsAllPoints && gisN > kGisMaxPoints)
+        gisStopTooManyNodes(gisFormat[gisID] == 2, gisN, kGisMaxPoints);
 }
 
 }  // namespace

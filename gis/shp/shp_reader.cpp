@@ -62,17 +62,8 @@ void coordinateBytes(int32_t unit, void* b, std::size_t n) {
     EXITS();
 }
 
-[[noreturn]] void stopTooManyNodes(int64_t requested, int32_t limit) {
-    gisSetMessage("ERROR 0310 - Exceeded number of allowable nodes in a single .shp polyline or region.");
-    GisLine l;
-    l << "             Requested" << intText(8, requested) << "        Limit" << intText(8, limit);
-    gisMessageLine[2] = l.view();
-    gisMessageOut(1);
-    EXITS();
-}
-
 void needSlots(int64_t n, int32_t maxN) {
-    if (n > maxN) stopTooManyNodes(n, maxN);
+    if (n > maxN) gisStopTooManyNodes(true, n, maxN);
 }
 
 constexpr int32_t kBlockPoints = 512;

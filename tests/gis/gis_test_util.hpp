@@ -4,6 +4,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
+
+#include "stop_expect.hpp"
 #include <unistd.h>
 
 #include <bit>
@@ -164,20 +166,6 @@ protected:
 
 }  // namespace gistest
 
-// The statement ends the run through EXITS with output that the regular
-// expression matches, or with `text` as whole lines of its output. Console
-// output is sent to the error stream, where the check looks.
-#define EXPECT_GIS_STOP_MATCHING(statement, regex)                                                       \
-    do {                                                                                                 \
-        conFlush();                                                                                      \
-        unitFlushAll();                                                                                  \
-        EXPECT_EXIT(                                                                                     \
-            {                                                                                            \
-                fileUnitSettings.pauseOnPrematureExit = false;                                           \
-                ::dup2(2, 1);                                                                            \
-                statement;                                                                               \
-            },                                                                                           \
-            ::testing::ExitedWithCode(0), regex);                                                        \
-    } while (0)
-#define EXPECT_GIS_STOP(statement, text) \
-    EXPECT_GIS_STOP_MATCHING(statement, "(^|\n)" + ::gistest::literal(text) + "\n")
+// The statement stops the run (see stop_expect.hpp) with `text` as whole
+// lines of its output.
+#define EXPECT_GIS_STOP(statement, text) EXPECT_STOP(statement, "(^|\n)" + ::gistest::literal(text) + "\n")

@@ -118,16 +118,4 @@ inline ChildRun runChild(const std::vector<std::string>& args, const std::option
 
 }  // namespace testutil
 
-// The statement ends the run through the orderly exit, status 0, without the
-// pause, with console output (sent to the error stream) matching `regex`.
-#define EXPECT_STOP(statement, regex)                          \
-    do {                                                       \
-        conFlush();                                            \
-        EXPECT_EXIT(                                           \
-            {                                                  \
-                fileUnitSettings.pauseOnPrematureExit = false; \
-                ::dup2(2, 1);                                  \
-                statement;                                     \
-            },                                                 \
-            ::testing::ExitedWithCode(0), regex);              \
-    } while (0)
+#include "stop_expect.hpp"

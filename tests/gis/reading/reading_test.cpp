@@ -241,7 +241,7 @@ TEST_F(Reading, SaveDatesOfMifPair) {
     const std::string round = literal("Checking save date is later than that of " + path("m.tab") + "...") +
                               "NOT OK\n\n\\.\\.\\.Closed File Unit:1001\n"
                               "\\.\\.\\.Closed File Unit:1002\nERROR 0004 - Save date of [^\n]*\n";
-    EXPECT_GIS_STOP_MATCHING(
+    EXPECT_STOP(
         {
             ::dup2(::open(answers.c_str(), O_RDONLY), 0);
             readAll("m.mif");
