@@ -9,6 +9,11 @@ reports wall time, input and output MB/s and peak resident memory. Then it
 times a plain buffered copy of the same bytes (reading the input once and
 writing every output file again, 1 MiB at a time) as the I/O floor, and
 prints the ratio. With --runs N each figure is the median of N runs.
+
+Give a --workdir on tmpfs (/dev/shm) to compare with the floor: on ext4,
+creating thousands of files right after deleting thousands (the previous
+run's) makes the kernel scan recently freed inodes, a cost that falls on
+whichever command creates files first and has nothing to do with either.
 """
 import argparse
 import os
