@@ -45,11 +45,6 @@ constexpr const char* kHelp[] = {
     "   reachmap.exe -shp hecras.sdf",
 };
 
-void errorLine(std::string_view text) {
-    conBlank();
-    conLine(text);
-}
-
 // The option's name is matched over its own length only, behind the prefix.
 bool optionIs(const Text<1000>& word, std::string_view option) {
     return ASAME(word.full().substr(1, option.size()), option);
@@ -68,9 +63,8 @@ void readCommandWords(int argc, char** argv) {
             } else if (optionIs(word, "notrim")) {
                 run.trimToLevees = false;
             } else {
-                errorLine(lineText("ERROR - Unrecognised option ", word.trimmed(),
-                                   ", use -shp, -mif or -notrim (run with no arguments for help)."));
-                EXITS();
+                stopWith(lineText("ERROR - Unrecognised option ", word.trimmed(),
+                                  ", use -shp, -mif or -notrim (run with no arguments for help)."));
             }
         } else {
             run.sdfFile = word;
@@ -78,58 +72,48 @@ void readCommandWords(int argc, char** argv) {
     }
 }
 
+// Header{ext} in the folder, else Projection{ext}; the run stops when neither exists.
+void projectionFile(TextRef file, std::string_view folder, std::string_view ext) {
+    ADDFOLDER(file, folder, lineText("Header", ext));
+    if (!platformFileExists(file)) ADDFOLDER(file, folder, lineText("Projection", ext));
+    if (!platformFileExists(file))
+        stopWith(lineText("ERROR - A Header", ext, " or Projection", ext, " file does not exist in folder."));
+}
+
 // The first line of the .mif header file that holds "CoordSys".
 void projectionFromMif(std::string_view folder) {
     Text<1000> file;
-    ADDFOLDER(file, folder, "Header.mif");
-    if (!platformFileExists(file)) ADDFOLDER(file, folder, "Projection.mif");
-    if (!platformFileExists(file)) {
-        errorLine("ERROR - A Header.mif or Projection.mif file does not exist in folder.");
-        EXITS();
-    }
+    projectionFile(file, folder, ".mif");
     int32_t unit = 0;
     OPENERFREE(unit, "I ", file, 0);
-    errorLine(lineText("Using ", file.trimmed(), " for setting projection."));
+    conBlank();
+    conLine(lineText("Using ", file.trimmed(), " for setting projection."));
     unitRewind(unit);
     Text<1000> line;
     for (;;) {
         IoStatus st = unitReadLine(unit, line);
-        if (st == IoStatus::end) {
-            errorLine(lineText("ERROR - Unable to find CoordSys line in ", file.trimmed()));
-            EXITS();
-        }
-        if (st == IoStatus::error) {
-            errorLine("ERROR - Reading following line in file:");
-            conBlank();
-            conLine(line.trimmed());
-            conBlank();
-            EXITS();
-        }
+        if (st == IoStatus::end) stopWith(lineText("ERROR - Unable to find CoordSys line in ", file.trimmed()));
+        if (st == IoStatus::error) stopOnLine("ERROR - Reading following line in file:", line.trimmed());
         if (FLAGEXISTS(line, "CoordSys")) break;
     }
     gisCoordSysLine = line.trimmed();
-    errorLine(lineText("mif Projection: ", gisCoordSysLine.trimmed()));
+    conBlank();
+    conLine(lineText("mif Projection: ", gisCoordSysLine.trimmed()));
 }
 
 // The first line of the .prj file, whole.
 void projectionFromPrj(std::string_view folder) {
     Text<1000> file;
-    ADDFOLDER(file, folder, "Header.prj");
-    if (!platformFileExists(file)) ADDFOLDER(file, folder, "Projection.prj");
-    if (!platformFileExists(file)) {
-        errorLine("ERROR - A Header.prj or Projection.prj file does not exist in folder.");
-        EXITS();
-    }
+    projectionFile(file, folder, ".prj");
     conLine(lineText("GIS Projection being extracted from ", file.trimmed()));
     int32_t unit = 0;
     OPENERFREE(unit, "I ", file, 0);
     Text<1000> line;
-    if (unitReadLine(unit, line) != IoStatus::ok) {
-        errorLine(lineText("ERROR - Projection line could not be found in \"GIS Projection\" .prj file.",
-                           file.trimmed()));
-        EXITS();
-    }
-    errorLine(lineText("shp Projection: ", line.trimmed()));
+    if (unitReadLine(unit, line) != IoStatus::ok)
+        stopWith(lineText("ERROR - Projection line could not be found in \"GIS Projection\" .prj file.",
+                          file.trimmed()));
+    conBlank();
+    conLine(lineText("shp Projection: ", line.trimmed()));
     gisPrjLine = line;
 }
 
@@ -176,10 +160,7 @@ void makeBaseName(TextRef baseName) {
     if (run.helpWanted)
         for (const char* line : kHelp) conLine(*line ? lineText(" ", line) : std::string_view());
 
-    if (run.useMif && run.useShp) {
-        errorLine("ERROR - Both mif and shp outputs specified, please use only one.");
-        EXITS();
-    }
+    if (run.useMif && run.useShp) stopWith("ERROR - Both mif and shp outputs specified, please use only one.");
 
     // The projection is looked for beside the named file, before that file is
     // checked; it is not looked for again after the prompt.

@@ -20,12 +20,9 @@ void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_vie
     // The file ended (or could not be read) where the block still needs lines:
     // nothing sound can be made of the rest, so stop in order.
     line.clear();
-    conBlank();
     if (st == IoStatus::end)
-        conLine(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo - 1, ")."));
-    else
-        conLine(lineText("ERROR - Could not read line ", lineNo, " of the SDF file inside ", where, "."));
-    EXITS();
+        stopWith(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo - 1, ")."));
+    stopWith(lineText("ERROR - Could not read line ", lineNo, " of the SDF file inside ", where, "."));
 }
 
 void readSdfLine(std::string_view where) { readLineOrStop(sdfUnit, lineNumber, textLine, where); }
@@ -45,19 +42,28 @@ void logLine(std::string_view what, int32_t n) {
     conLine(lineText(what, n));
 }
 
+void stopWith(std::string_view message) {
+    conBlank();
+    conLine(message);
+    EXITS();
+}
+
+void stopOnLine(std::string_view message, std::string_view line) {
+    conBlank();
+    conLine(message);
+    conBlank();
+    conLine(line);
+    conBlank();
+    EXITS();
+}
+
 namespace {
 
 [[noreturn]] void badVertexLine(ReadResult r) {
+    if (r != ReadResult::end) stopOnLine("ERROR - Reading following line in file:", textLine.trimmed());
     conBlank();
-    if (r == ReadResult::end) {
-        conLine("ERROR reading data");
-        conBlank();
-    } else {
-        conLine("ERROR - Reading following line in file:");
-        conBlank();
-        conLine(textLine.trimmed());
-        conBlank();
-    }
+    conLine("ERROR reading data");
+    conBlank();
     EXITS();
 }
 
@@ -68,13 +74,9 @@ void readCentreline() {
         readSdfLine("a CENTERLINE vertex list");
         if (FLAGEXISTS(textLine, "END:")) break;
         ++count;
-        if (count > kGisMaxPoints) {
-            conBlank();
-            conLine(lineText("ERROR - More than ", kGisMaxPoints,
-                             " vertices in one CENTERLINE, more than a layer object holds. Line number: ",
-                             lineNumber));
-            EXITS();
-        }
+        if (count > kGisMaxPoints)
+            stopWith(lineText("ERROR - More than ", kGisMaxPoints,
+                              " vertices in one CENTERLINE, more than a layer object holds. Line number: ", lineNumber));
         readVertex(gisX[count], gisY[count]);
     }
     gisN = count;

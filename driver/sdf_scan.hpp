@@ -58,6 +58,11 @@ void readSdfLine(std::string_view where);
 // A log line of the scan: an empty line, then `what` and the line number.
 void logLine(std::string_view what, int32_t n);
 
+// The driver's orderly stops: an empty line and `message`, then EXITS; and
+// the same with the offending line quoted between empty lines behind it.
+[[noreturn]] void stopWith(std::string_view message);
+[[noreturn]] void stopOnLine(std::string_view message, std::string_view line);
+
 // The value behind the first colon of textLine, trailing blanks cut; leading
 // blanks stay part of it.
 void takeValue(TextRef out);

@@ -152,11 +152,8 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
     csvName = lineText(rec.streamId.trimmed(), "_", rec.reachId.trimmed(), "_", rec.stationText.trimmed(), ".csv");
 
     float stationValue = 0.0f;
-    if (readReal4(rec.stationText.view(), stationValue) != ReadResult::ok) {
-        conBlank();
-        conLine("ERROR - converting station to numeric field");
-        EXITS();
-    }
+    if (readReal4(rec.stationText.view(), stationValue) != ReadResult::ok)
+        stopWith("ERROR - converting station to numeric field");
 
     if (rec.hasSurfaceLine) {
         // Chainage: running distance along the surface line, summed in single precision.

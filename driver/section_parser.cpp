@@ -13,21 +13,14 @@
 namespace {
 
 [[noreturn]] void badRow(std::string_view routine, TextRef line) {
-    conBlank();
-    conLine(lineText("ERROR - Reading following line in file in sub ", routine));
-    conBlank();
-    conLine(line.trimmed());
-    conBlank();
-    EXITS();
+    stopOnLine(lineText("ERROR - Reading following line in file in sub ", routine), line.trimmed());
 }
 
 // The tables hold a fixed number of rows; a block with more stops in order
 // rather than write past them.
 [[noreturn]] void tooManyRows(std::string_view block, int limit, int32_t lineNo) {
-    conBlank();
-    conLine(lineText("ERROR - More than ", limit, " rows in a ", block, " block, more than the section tables hold. Line number: ",
-                     lineNo));
-    EXITS();
+    stopWith(lineText("ERROR - More than ", limit, " rows in a ", block,
+                      " block, more than the section tables hold. Line number: ", lineNo));
 }
 
 }  // namespace
