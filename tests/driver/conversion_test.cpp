@@ -144,37 +144,36 @@ TEST(Conversion, ShapefileBytesOfOneSection) {
     EXPECT_EQ(readFile(d / "S1_R1_50.csv"), kCsvA);
 
     // Streams: one polyline of two points, content (44 + 4 + 32) / 2 = 40 words.
-    Bytes line;
-    line.be32(1).be32(40).le32(3).le64(0).le64(0).le64(100).le64(0).le32(1).le32(2).le32(0);
-    line.le64(0).le64(0).le64(100).le64(0);
-    EXPECT_EQ(readFile(d / "tiny.sdf_streams_L.shp"), shpHeader(94, 3, 0, 0, 100, 0) + line.b);
+    const std::string line = be32(1) + be32(40) + le32(3) + le64(0) + le64(0) + le64(100) + le64(0) + le32(1) +
+                             le32(2) + le32(0) + le64(0) + le64(0) + le64(100) + le64(0);
+    EXPECT_EQ(readFile(d / "tiny.sdf_streams_L.shp"), shpHeader(94, 3, 0, 0, 100, 0) + line);
 
     // Surface points: three point records of 10 words each.
-    Bytes pts, index, rec;
+    std::string pts, index, rec;
     const double ys[] = {-25, 0, 25};
     const char* z[] = {"12.000", "10.000", "12.500"};
     const char* n[] = {"0.0500", "0.0300", "0.0300"};
     for (int i = 0; i < 3; ++i) {
-        pts.be32(i + 1).be32(10).le32(1).le64(50).le64(ys[i]);
-        index.be32(50 + 14 * i).be32(10);
-        rec.byte(' ').padded("S1", 100).padded("R1", 100).padded("50", 100);
-        rec.padded(z[i], 16, ' ', true).padded(n[i], 16, ' ', true);
+        pts += be32(i + 1) + be32(10) + le32(1) + le64(50) + le64(ys[i]);
+        index += be32(50 + 14 * i) + be32(10);
+        rec += " " + padded("S1", 100) + padded("R1", 100) + padded("50", 100) + padded(z[i], 16, ' ', true) +
+               padded(n[i], 16, ' ', true);
     }
-    EXPECT_EQ(readFile(d / "tiny_surf_pts_P.shp"), shpHeader(92, 1, 50, -25, 50, 25) + pts.b);
-    EXPECT_EQ(readFile(d / "tiny_surf_pts_P.shx"), shpHeader(62, 1, 50, -25, 50, 25) + index.b);
+    EXPECT_EQ(readFile(d / "tiny_surf_pts_P.shp"), shpHeader(92, 1, 50, -25, 50, 25) + pts);
+    EXPECT_EQ(readFile(d / "tiny_surf_pts_P.shx"), shpHeader(62, 1, 50, -25, 50, 25) + index);
     EXPECT_EQ(withoutDate(readFile(d / "tiny_surf_pts_P.dbf")),
               dbfHeader(3, {{"Stream_ID", 'C', 100, 0}, {"Reach_ID", 'C', 100, 0}, {"Station", 'C', 100, 0},
                             {"Elevation", 'N', 16, 5}, {"Mannings", 'N', 16, 5}}) +
-                  rec.b + '\x1A');
+                  rec + '\x1A');
 
-    Bytes ends;
+    std::string ends;
     for (const char* first : {"15.0000", "16.000"})
-        ends.byte(' ').padded(first, 16, ' ', true).padded("0.0000", 16, ' ', true).padded("0.000", 16, ' ', true)
-            .padded("", 20);
+        ends += " " + padded(first, 16, ' ', true) + padded("0.0000", 16, ' ', true) + padded("0.000", 16, ' ', true) +
+                padded("", 20);
     EXPECT_EQ(withoutDate(readFile(d / "2d_zsh_tiny_end_pts_P.dbf")),
               dbfHeader(2, {{"Z", 'N', 16, 5}, {"dZ", 'N', 16, 5}, {"Shape_Widt", 'N', 16, 5},
                             {"Shape_Opti", 'C', 20, 0}}) +
-                  ends.b + '\x1A');
+                  ends + '\x1A');
 }
 
 // Sections along the x axis, points every 10 units; `z` gives the profile.

@@ -10,7 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "test_common.hpp"
+
 namespace e2e {
+
+using namespace tc;
 
 namespace fs = std::filesystem;
 
@@ -19,25 +23,6 @@ struct RunResult {
     std::string out;  // standard output
     std::string err;  // standard error
 };
-
-inline std::string readFile(const fs::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    std::ostringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
-
-inline void writeFile(const fs::path& p, const std::string& s) {
-    std::ofstream f(p, std::ios::binary);
-    f << s;
-}
-
-// Lines joined with CR LF, the way the SDF samples and our outputs end lines.
-inline std::string crlf(std::initializer_list<std::string> lines) {
-    std::string s;
-    for (const auto& l : lines) s += l + "\r\n";
-    return s;
-}
 
 inline std::string quote(const std::string& s) {
     std::string q = "'";
@@ -104,52 +89,10 @@ inline int countLine(const std::string& out, const std::string& line) {
     return n;
 }
 
-// Builds binary expectations.
-struct Bytes {
-    std::string b;
-    Bytes& be32(int32_t v) {
-        auto u = static_cast<uint32_t>(v);
-        for (int s = 24; s >= 0; s -= 8) b += static_cast<char>((u >> s) & 0xFF);
-        return *this;
-    }
-    Bytes& le32(int32_t v) {
-        auto u = static_cast<uint32_t>(v);
-        for (int s = 0; s <= 24; s += 8) b += static_cast<char>((u >> s) & 0xFF);
-        return *this;
-    }
-    Bytes& le16(int v) {
-        b += static_cast<char>(v & 0xFF);
-        b += static_cast<char>((v >> 8) & 0xFF);
-        return *this;
-    }
-    Bytes& le64(double d) {
-        uint64_t u;
-        std::memcpy(&u, &d, 8);
-        for (int s = 0; s <= 56; s += 8) b += static_cast<char>((u >> s) & 0xFF);
-        return *this;
-    }
-    Bytes& byte(int v) {
-        b += static_cast<char>(v);
-        return *this;
-    }
-    Bytes& zeros(int n) {
-        b.append(static_cast<std::size_t>(n), '\0');
-        return *this;
-    }
-    Bytes& padded(const std::string& s, int width, char pad = ' ', bool right = false) {
-        std::string v = s.substr(0, static_cast<std::size_t>(width));
-        std::string fill(static_cast<std::size_t>(width) - v.size(), pad);
-        b += right ? fill + v : v + fill;
-        return *this;
-    }
-};
-
 // The 100-byte header of a .shp or .shx.
 inline std::string shpHeader(int32_t lengthWords, int32_t type, double xmin, double ymin, double xmax, double ymax) {
-    Bytes h;
-    h.be32(9994).zeros(20).be32(lengthWords).le32(1000).le32(type);
-    h.le64(xmin).le64(ymin).le64(xmax).le64(ymax).zeros(32);
-    return h.b;
+    return be32(9994) + zeros(20) + be32(lengthWords) + le32(1000) + le32(type) + le64(xmin) + le64(ymin) +
+           le64(xmax) + le64(ymax) + zeros(32);
 }
 
 struct Field {
@@ -163,13 +106,11 @@ struct Field {
 inline std::string dbfHeader(int32_t records, const std::vector<Field>& fields) {
     int reclen = 1;
     for (const auto& f : fields) reclen += f.width;
-    Bytes h;
-    h.byte(3).zeros(3).le32(records).le16(32 * static_cast<int>(fields.size()) + 33).le16(reclen).zeros(20);
-    for (const auto& f : fields) {
-        h.padded(f.name, 11, '\0').byte(f.type).zeros(4).byte(f.width).byte(f.decimals).zeros(14);
-    }
-    h.byte(13);
-    return h.b;
+    std::string h = "\x03" + zeros(3) + le32(records) + le16(32 * static_cast<int>(fields.size()) + 33) + le16(reclen) +
+                    zeros(20);
+    for (const auto& f : fields)
+        h += padded(f.name, 11, '\0') + f.type + zeros(4) + char(f.width) + char(f.decimals) + zeros(14);
+    return h + '\r';
 }
 
 inline std::string withoutDate(std::string dbf) {

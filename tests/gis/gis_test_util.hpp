@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "stop_expect.hpp"
+#include "test_common.hpp"
 #include <unistd.h>
 
 #include <bit>
@@ -28,34 +29,7 @@
 
 namespace gistest {
 
-inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-// Byte builders.
-inline std::string leBytes(uint64_t u, int bytes) {
-    std::string s(static_cast<std::size_t>(bytes), '\0');
-    for (int i = 0; i < bytes; ++i) s[static_cast<std::size_t>(i)] = static_cast<char>((u >> (8 * i)) & 0xFF);
-    return s;
-}
-inline std::string le64(double d) { return leBytes(std::bit_cast<uint64_t>(d), 8); }
-inline std::string le32(int32_t v) { return leBytes(static_cast<uint32_t>(v), 4); }
-inline std::string le16(int v) { return leBytes(static_cast<uint32_t>(v), 2); }
-inline std::string be32(int32_t v) {
-    const std::string s = le32(v);
-    return {s.rbegin(), s.rend()};
-}
-inline std::string zeros(std::size_t n) { return std::string(n, '\0'); }
-inline std::string crlf(std::initializer_list<std::string> lines) {
-    std::string s;
-    for (const auto& l : lines) s += l + "\r\n";
-    return s;
-}
+using namespace tc;
 
 // The literal as a POSIX extended regular expression.
 inline std::string literal(const std::string& text) {
@@ -93,16 +67,6 @@ inline std::string ogr2ogr(const std::string& csv, const std::string& out, const
 // Assigns a text out of line: g++ 12 sees the inlined assignment of a
 // global text as a possible overrun and warns.
 [[gnu::noinline]] inline void put(TextRef t, std::string_view s) { t.assign(s); }
-
-// What `f` writes to the console.
-template <class F>
-std::string console(F f) {
-    conFlush();
-    ::testing::internal::CaptureStdout();
-    f();
-    conFlush();
-    return ::testing::internal::GetCapturedStdout();
-}
 
 // Attributes of gisA_: name, type word, width.
 inline void setAttributes(std::initializer_list<std::tuple<const char*, const char*, int>> list) {

@@ -15,11 +15,14 @@
 #include <vector>
 
 #include "runtime/console.hpp"
+#include "test_common.hpp"
 #include "runtime/units.hpp"
 
 extern char** environ;
 
 namespace testutil {
+
+using namespace tc;
 
 namespace fs = std::filesystem;
 
@@ -36,33 +39,6 @@ struct TempDir {
     std::string operator/(const std::string& leaf) const { return (path / leaf).string(); }
 };
 
-inline std::string readFile(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void writeFile(const std::string& name, const std::string& bytes) {
-    std::ofstream out(name, std::ios::binary);
-    out << bytes;
-}
-
-// Everything the console shows while `body` runs.
-template <typename F>
-std::string captureConsole(F body) {
-    conFlush();
-    char name[] = "/tmp/rt_console_XXXXXX";
-    int fd = ::mkstemp(name);
-    int saved = ::dup(1);
-    ::dup2(fd, 1);
-    body();
-    conFlush();
-    ::dup2(saved, 1);
-    ::close(saved);
-    ::close(fd);
-    std::string s = readFile(name);
-    ::unlink(name);
-    return s;
-}
 
 // Opening and closing without the reports on the test's console.
 inline int32_t openUnit(const char* mode, const std::string& name) {

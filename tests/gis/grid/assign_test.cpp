@@ -139,7 +139,7 @@ protected:
 
     // Lays every object of the layer `file` on the grids, the console kept.
     void layAll(const std::string& file, const Mode& m, float angle = 0.0f) {
-        console_ += console([&] {
+        console_ += captureConsole([&] {
             int32_t id = gisOpenLayer(path(file), false, "I ", "");
             gisReadHeader(id);
             gisGotoBeginningOfData(id);

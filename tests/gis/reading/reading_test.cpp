@@ -191,7 +191,7 @@ TEST_F(Reading, TolerantCasesAndMissingSet) {
     // bytes behind the length the .shp header states are not records.
     writeFile(path("base_L.dbf"), readFile(path("base_L.dbf")).substr(0, 97 + 11) + std::string(16, '*'));
     writeFile(path("base_L.shp"), readFile(path("base_L.shp")) + std::string(40, '\x07'));
-    const std::string out = console([&] {
+    const std::string out = captureConsole([&] {
         reading::expectLayer(path("base_L.shp"), {{"pline", {{{0, 0}, {1, 1}, {2, 0}}}, "thing,0"},
                                                   {"plinemultiple", {{{0, 0}, {1, 1}}, {{5, 5}}}, ""}});
     });
@@ -219,7 +219,7 @@ TEST_F(Reading, Projections) {
     for (const auto& [file, projection, warnings] : cases) {
         SCOPED_TRACE(projection);
         layers(file[0] == 'm' ? projection : kCoordSys, file[0] == 'm' ? "" : projection);
-        const std::string out = console([&] { readAll(file); });
+        const std::string out = captureConsole([&] { readAll(file); });
         for (const std::string& w : warnings) EXPECT_NE(out.find("\n" + w + "\n"), std::string::npos) << out;
     }
     gisProjectionCheckIsError = true;
