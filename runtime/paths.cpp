@@ -174,17 +174,16 @@ void FILE___EXT(TextRef out, std::string_view path) {
 void ADDFOLDER(TextRef out, std::string_view folder, std::string_view name) {
     std::string_view f = trimmed(dropLeadingBlanks(folder));
     std::string_view n = trimmed(dropLeadingBlanks(name));
+    // Whichever way the result is made, it is tidied the same way.
     if (n.empty()) {
-        out.assign(f.empty() ? std::string_view(".") : f);
-        return;
+        work.set(f.empty() ? std::string_view(".") : f);
+    } else if (f.empty() || n.find(':') != std::string_view::npos || n.find("\\\\") != std::string_view::npos) {
+        work.set(n);
+    } else {
+        work.set(f);
+        if (!isSep(f.back())) work.add("\\");
+        work.add(n);
     }
-    if (f.empty() || n.find(':') != std::string_view::npos || n.find("\\\\") != std::string_view::npos) {
-        out.assign(n);
-        return;
-    }
-    work.set(f);
-    if (!isSep(f.back())) work.add("\\");
-    work.add(n);
     tidy(work);
     out.assign(work.view());
 }

@@ -44,7 +44,9 @@ TEST(Paths, OneTable) {
         {"ADDFOLDER", addFolder,
          {{"C:\\a|..\\b.txt", "C:\\b.txt"}, {"C:\\a\\|.\\b.txt", "C:\\a\\b.txt"}, {"x|D:\\y", "D:\\y"},
           {"x|\\\\srv\\y", "\\\\srv\\y"}, {"|", "."}, {" dir |", "dir"}, {"a/|b", "a/b"}, {"ab|\\c", "ab\\c"},
-          {"a|\\b", "a\\\\b"}}},
+          {"a|\\b", "a\\\\b"},
+          // An absolute name, a blank folder or a blank name is tidied like a join.
+          {"a|C:\\x\\..\\y", "C:\\y"}, {"|x\\.\\y", "x\\y"}, {"C:\\a\\..\\b|", "C:\\b"}}},
         {"CLEANPATH", cleanPath,
          {{"  C:\\a\\\\b", "C:\\a\\b"}, {"\\\\\\a", "\\\\a"}, {"\\\\server\\share\\\\x", "\\\\server\\share\\x"},
           {"a//b///c", "a/b/c"}, {"//host/x", "//host/x"}, {"a\\/b", "a\\/b"}}},
