@@ -62,12 +62,14 @@ std::string outcomeJson(const Outcome& o) {
            (o.quoted.empty() ? "" : ",\"quoted\":" + json(o.quoted)) + "}";
 }
 
-bool writeCopy(const std::string& path, const TidyResult& r, std::string_view eol, std::string& error) {
+bool writeCopy(const std::string& path, const TidyResult& r, const SdfDoc& doc, std::string& error) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) {
         error = "cannot write " + path;
         return false;
     }
+    const std::string_view eol = doc.eol;
+    if (!r.changed) out.write(doc.bytes.data(), static_cast<std::streamsize>(doc.bytes.size()));
     for (std::size_t i = 0; i < r.repaired.size(); ++i) {
         const std::string_view raw = r.repaired[i].raw;
         out.write(raw.data(), static_cast<std::streamsize>(raw.size()));
@@ -124,7 +126,7 @@ int main(int argc, char** argv) {
         std::string error;
         if (!loadSdf(file, doc, error)) return fail(error);
         const TidyResult r = tidySdf(doc, options);
-        if (!output.empty() && !writeCopy(output, r, doc.eol, error)) return fail(error);
+        if (!output.empty() && !writeCopy(output, r, doc, error)) return fail(error);
         if (!r.findings.empty() || !r.before.finished) status = 1;
 
         const LayerCounts& c = r.counts;

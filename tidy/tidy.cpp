@@ -48,7 +48,7 @@ bool blankLine(std::string_view line) { return leading(line).empty(); }
 // A value that does not fit `width` columns with `decimals` decimals shows as
 // asterisks; the field writer itself decides, small values skip the call.
 bool stars(int width, int decimals, double v) {
-    if (std::isfinite(v) && std::fabs(v) < 1e5) return false;
+    if (std::isfinite(v) && std::fabs(v) < std::pow(10.0, width - decimals - 3)) return false;
     char b[64];
     putFixed(b, width, decimals, v);
     return b[0] == '*';
@@ -435,13 +435,21 @@ private:
         return {};
     }
 
-    // A row the surface line block cannot use: x and y without an elevation.
-    bool noElevation() const {
+    // A row the surface line block cannot use, x and y without an
+    // elevation: repairing, it is dropped and counted.
+    bool noElevation(bool ends) {
         double x, y;
-        float z;
-        if (readXY(textLine.view(), x, y) != ReadResult::ok || readSurfaceRow(textLine.view(), x, y, z)) return false;
+        if (readXY(textLine.view(), x, y) != ReadResult::ok) return false;
         for (std::string_view k : kSectionKeys)
             if (has(textLine, k)) return false;
+        finding(Kind::noElevation,
+                "a surface row without a usable elevation: " +
+                    std::string(ends ? "the converter ends the block here and skips the rows behind it"
+                                     : "the converter stops with \"ERROR - Reading following line in file in sub "
+                                       "GetSdfSurfaceLine\""),
+                "drop the row");
+        dropCurrent();
+        ++droppedRows;
         return true;
     }
 
@@ -455,16 +463,8 @@ private:
             const bool ends = test == tSurface  ? endsSurfaceBlock(line)
                               : test == tLevees ? endsLeveeBlock(line)
                                                 : endsValueBlock(line);
-            if (repair_ && test == tSurface && noElevation()) {
-                finding(Kind::noElevation, "a surface row without a usable elevation: " +
-                                               std::string(ends ? "the converter ends the block here and skips the rows behind it"
-                                                                : "the converter stops with \"ERROR - Reading following line in file in sub GetSdfSurfaceLine\""),
-                        "drop the row");
-                dropCurrent();
-                ++droppedRows;
-                continue;
-            }
             if (ends) {
+                if (repair_ && test == tSurface && noElevation(true)) continue;
                 const std::string_view lost = lostKeyword(test);
                 if (repair_ && !lost.empty()) {
                     const std::string effect = "its " + std::string(lost) + " directly behind the " +
@@ -480,16 +480,19 @@ private:
                 finishBlock(test, count);
                 return;
             }
-            // A row. A keyword or text line that the rows run on into cannot be read.
-            const bool text = isLetter(leading(line).empty() ? ' ' : leading(line)[0]) || lostKeyword(tSurface) != "" ||
-                              has(line, sdfKey::end) || has(line, sdfKey::endSections) ||
-                              has(line, sdfKey::endNetworkJoined);
-            if (!row(test, count, text)) return;
+            if (!row(test, count)) return;
         }
     }
 
+    // A keyword or text line that a block's rows run on into.
+    bool textLineNow() const {
+        const std::string_view t = leading(textLine.view());
+        return (!t.empty() && isLetter(t[0])) || !lostKeyword(tSurface).empty() || has(t, sdfKey::end) ||
+               has(t, sdfKey::endSections) || has(t, sdfKey::endNetworkJoined);
+    }
+
     // One row of a block; false when the run stops here.
-    bool row(int test, int32_t& count, bool text) {
+    bool row(int test, int32_t& count) {
         SectionRecord& rec = sectionRecord;
         const std::string_view line = textLine.view();
         bool ok = true;
@@ -538,7 +541,11 @@ private:
             }
         }
         if (ok) return true;
-        if (repair_ && text && test != tLevees) {
+        if (repair_ && test == tSurface && noElevation(false)) {
+            --count;
+            return true;
+        }
+        if (repair_ && test != tLevees && textLineNow()) {
             finding(Kind::swallowedLine,
                     std::string("read as a row of the ") + kBlockName[test] +
                         " block before it: stops the run with \"ERROR - Reading following line in file in sub " +
@@ -674,20 +681,22 @@ Outcome predict(const std::vector<SdfLine>& lines, const TidyOptions& options, L
 
 TidyResult tidySdf(const SdfDoc& doc, const TidyOptions& options) {
     TidyResult r;
-    r.before = predict(doc.lines, options, &r.counts);
     freshRecord();
     auto sim = std::make_unique<Sim>(doc.lines, true, options);
     sim->run();
     r.findings = std::move(sim->findings);
     r.droppedRows = sim->droppedRows;
     r.changed = sim->changed;
+    r.counts = sim->counts;
+    // With nothing found, the walk was the converter's run itself.
+    if (r.findings.empty()) return r;
+    r.before = predict(doc.lines, options);
     if (r.changed) {
         r.owned = std::move(sim->owned);
         r.repaired = std::move(sim->out);
         r.after = predict(r.repaired, options, &r.counts);
     } else {
-        r.repaired = doc.lines;
-        r.after = r.before;
+        r.after = predict(doc.lines, options, &r.counts);
     }
     return r;
 }

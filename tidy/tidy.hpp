@@ -67,7 +67,7 @@ struct TidyResult {
     std::vector<Finding> findings;
     int64_t droppedRows = 0;      // surface rows without an elevation left out
     bool changed = false;         // the repaired copy differs from the input
-    std::vector<SdfLine> repaired;
+    std::vector<SdfLine> repaired;  // the repaired copy's lines; empty when nothing changed
     std::deque<std::string> owned;  // bytes of the lines a repair changed
 };
 
