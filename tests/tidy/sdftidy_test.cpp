@@ -64,17 +64,6 @@ Report parse(const std::string& out) {
     return r;
 }
 
-int featureCount(const fs::path& layer) {
-    FILE* p = popen(("ogrinfo -ro -so -al " + quote(layer.string()) + " 2>&1").c_str(), "r");
-    std::string out;
-    char buf[4096];
-    while (std::size_t k = fread(buf, 1, sizeof buf, p)) out.append(buf, k);
-    pclose(p);
-    std::smatch m;
-    if (std::regex_search(out, m, std::regex("Feature Count: ([0-9]+)"))) return std::stoi(m[1]);
-    return -1;
-}
-
 std::string trimmedLine(const std::string& text, int n) {
     std::string l = lines(text)[static_cast<std::size_t>(n - 1)];
     while (!l.empty() && (l.back() == '\r' || l.back() == ' ')) l.pop_back();
@@ -282,15 +271,8 @@ TEST_P(RealFiles, PredictsRepairsAndConverts) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Samples, RealFiles,
-                         ::testing::Values("hecras410_export_3reach_52xs_wse.sdf",
-                                           "rivergis_example1d_19xs_structures.sdf",
-                                           "rivergis_start_11xs_null_z.sdf", "rivergis_network_only_5reach.sdf",
-                                           "civil3d_geo_elseco_97xs_crlf.sdf"),
-                         [](const auto& info) {
-                             std::string n = info.param;
-                             return n.substr(0, n.find('.'));
-                         });
+INSTANTIATE_TEST_SUITE_P(Samples, RealFiles, ::testing::ValuesIn(kRealSamples),
+                         [](const auto& info) { return sampleName(info.param); });
 
 TEST(Example, NothingToReportAndAByteIdenticalCopy) {
     const fs::path dir = scratch("tidy_example");
