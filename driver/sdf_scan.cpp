@@ -72,7 +72,7 @@ void readCentreline() {
     int32_t count = 0;
     for (;;) {
         readSdfLine("a CENTERLINE vertex list");
-        if (FLAGEXISTS(textLine, "END:")) break;
+        if (FLAGEXISTS(textLine, sdfKey::end)) break;
         ++count;
         if (count > kGisMaxPoints)
             stopWith(lineText("ERROR - More than ", kGisMaxPoints,
@@ -84,22 +84,27 @@ void readCentreline() {
 
 }  // namespace
 
-void readVertex(double& x, double& y) {
-    FreeFormat f(textLine.view());
+ReadResult readXY(std::string_view line, double& x, double& y) {
+    FreeFormat f(line);
     ReadResult r = f.real8(x);
     if (r == ReadResult::ok) r = f.real8(y);
+    return r;
+}
+
+void readVertex(double& x, double& y) {
+    ReadResult r = readXY(textLine.view(), x, y);
     if (r != ReadResult::ok) badVertexLine(r);
 }
 
 void readIdLines(std::string_view where) {
     SectionRecord& rec = sectionRecord;
     readSdfLine(where);
-    if (FLAGEXISTS(textLine, "STREAM ID:"))
+    if (FLAGEXISTS(textLine, sdfKey::streamId))
         takeValue(rec.streamId);
     else
         logLine("Error Expecting Stream ID: on ", lineNumber);
     readSdfLine(where);
-    if (FLAGEXISTS(textLine, "REACH ID:"))
+    if (FLAGEXISTS(textLine, sdfKey::reachId))
         takeValue(rec.reachId);
     else
         logLine("Error Expecting REACH ID: on ", lineNumber);
@@ -113,12 +118,12 @@ void runStreamPhase(int32_t streamsLayer) {
     readSdfLine("the first line");
     while (!finished && !unitAtEnd(sdfUnit)) {
         readSdfLine("the stream network");
-        if (FLAGEXISTS(textLine, "BEGINSTREAMNETWORK")) logLine("Found BEGINSTREAMNETWORK on line ", lineNumber);
-        if (FLAGEXISTS(textLine, "REACH:")) {
+        if (FLAGEXISTS(textLine, sdfKey::beginNetwork)) logLine("Found BEGINSTREAMNETWORK on line ", lineNumber);
+        if (FLAGEXISTS(textLine, sdfKey::reach)) {
             logLine("Found start of reach block on line ", lineNumber);
             readIdLines("a reach block");
         }
-        if (FLAGEXISTS(textLine, "CENTERLINE")) {
+        if (FLAGEXISTS(textLine, sdfKey::centreline)) {
             logLine("Found CENTERLINE on line ", lineNumber);
             readCentreline();
             // An attribute text longer than the record line is cut there.
@@ -126,7 +131,7 @@ void runStreamPhase(int32_t streamsLayer) {
             gisWriteObject(streamsLayer, gisO_);
             gisWriteRecord(streamsLayer, gisO_);
         }
-        if (FLAGEXISTS(textLine, "END STREAM NETWORK") || FLAGEXISTS(textLine, "ENDSTREAMNETWORK")) {
+        if (FLAGEXISTS(textLine, sdfKey::endNetwork) || FLAGEXISTS(textLine, sdfKey::endNetworkJoined)) {
             logLine("Found ENDSTREAMNETWORK on line ", lineNumber);
             finished = true;
         }

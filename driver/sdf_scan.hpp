@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "text/freeformat.hpp"
 #include "text/text.hpp"
 
 constexpr int kSdfMaxRows = 100000;   // rows of a cut line, n table or surface line
@@ -49,6 +50,40 @@ struct SectionRecord {
 };
 extern SectionRecord sectionRecord;
 
+// The keywords of the scan, found anywhere in a line with FLAGEXISTS.
+namespace sdfKey {
+constexpr std::string_view beginNetwork = "BEGINSTREAMNETWORK";
+constexpr std::string_view reach = "REACH:";
+constexpr std::string_view centreline = "CENTERLINE";
+constexpr std::string_view endNetwork = "END STREAM NETWORK";
+constexpr std::string_view endNetworkJoined = "ENDSTREAMNETWORK";
+constexpr std::string_view streamId = "STREAM ID:";
+constexpr std::string_view reachId = "REACH ID:";
+constexpr std::string_view station = "STATION:";
+constexpr std::string_view beginSections = "BEGIN CROSS-SECTIONS:";
+constexpr std::string_view section = "CROSS-SECTION:";
+constexpr std::string_view cutLine = "CUT LINE";
+constexpr std::string_view nValues = "NVALUES";
+constexpr std::string_view levees = "LEVEE POSITIONS";
+constexpr std::string_view surfaceLine = "SURFACE LINE";
+constexpr std::string_view end = "END:";
+constexpr std::string_view endSections = "END CROSS-SECTIONS";
+}  // namespace sdfKey
+
+// How the block readers take one line. The CUT LINE and NVALUES blocks end
+// at a line that holds no value at all, the SURFACE LINE block at one that
+// does not start with values, the LEVEE POSITIONS block at any line with a
+// colon. Every other line is a row, and a row that cannot be read is bad.
+bool endsValueBlock(std::string_view line);
+bool endsSurfaceBlock(std::string_view line);
+bool endsLeveeBlock(std::string_view line);
+// x and y of a vertex or cut line row; `end` when the line runs out first.
+ReadResult readXY(std::string_view line, double& x, double& y);
+bool readNValueRow(std::string_view line, float& station, float& n);
+bool readSurfaceRow(std::string_view line, double& x, double& y, float& z);
+// name, station[, elevation]; `noHeight` when the elevation is missing (it is then 9999).
+bool readLeveeRow(std::string_view line, TextRef name, float& station, float& elevation, bool& noHeight);
+
 // Reads the next line into `line` and counts it in `lineNo`. The end of the
 // file (or a failed read) inside a block is an orderly stop that names `where`.
 void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);
@@ -66,6 +101,10 @@ void logLine(std::string_view what, int32_t n);
 // The value behind the first colon of textLine, trailing blanks cut; leading
 // blanks stay part of it.
 void takeValue(TextRef out);
+
+// The station of the STATION: line in textLine: a star and all behind it are
+// cut from textLine itself, then the value is taken.
+void takeStation(TextRef out);
 
 // Reads the two id lines that follow REACH: and CROSS-SECTION: (`where`
 // names the block): each value is taken when its keyword is there, else the

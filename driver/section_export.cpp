@@ -45,80 +45,26 @@ void writeTo(int32_t layer, const Line& l) {
     gisWriteRecord(layer, gisO_);
 }
 
-void dropBefore(int32_t n, float m) {
+void dropBefore(const float* chainage, bool* dropped, int32_t n, float m) {
     for (int32_t i = 1; i <= n; ++i)
         if (chainage[i] < m) dropped[i] = true;
 }
 
-void dropBehind(int32_t n, float m) {
+void dropBehind(const float* chainage, bool* dropped, int32_t n, float m) {
     for (int32_t i = 1; i <= n; ++i)
         if (chainage[i] > m) dropped[i] = true;
 }
 
 // Places the levee markers and drops the points outside the chosen pair.
 void placeAndTrim(const SectionRecord& rec) {
-    const int32_t n = rec.surfCount;
-    for (int32_t j = 1; j <= rec.leveeCount; ++j) {
-        if (scaledLevee[j] - 0.0001f <= 0.0f) {
-            leveeX[j] = rec.surfX[1];
-            leveeY[j] = rec.surfY[1];
-            continue;
-        }
-        int32_t i = 2;
-        while (i <= n && chainage[i] < scaledLevee[j]) ++i;
-        if (i > n) {
-            // A marker beyond the end of the section (position above 1) has no
-            // point to lie between; it is put on the last point.
-            leveeX[j] = rec.surfX[n];
-            leveeY[j] = rec.surfY[n];
-            continue;
-        }
-        const float f = (scaledLevee[j] - chainage[i - 1]) / (chainage[i] - chainage[i - 1]);
-        leveeX[j] = rec.surfX[i - 1] + (rec.surfX[i] - rec.surfX[i - 1]) * static_cast<double>(f);
-        leveeY[j] = rec.surfY[i - 1] + (rec.surfY[i] - rec.surfY[i - 1]) * static_cast<double>(f);
-    }
-
-    // The lowest point: the first of smallest elevation below 999999.
-    int32_t lowest = 0;
-    float zmin = 999999.0f;
-    for (int32_t i = 1; i <= n; ++i) {
-        if (rec.surfZ[i] < zmin) {
-            zmin = rec.surfZ[i];
-            lowest = i;
-        }
-    }
-
-    if (rec.leveeCount == 1) {
-        // With no usable elevation there is no side to choose: nothing is dropped.
-        if (lowest == 0) return;
-        const float m = scaledLevee[1];
-        if (chainage[lowest] > m)
-            dropBefore(n, m);
-        else
-            dropBehind(n, m);
-    } else if (rec.leveeCount == 2) {
-        dropBefore(n, scaledLevee[1]);
-        dropBehind(n, scaledLevee[2]);
-    } else {
+    for (int32_t j = 1; j <= rec.leveeCount; ++j) placeMarker(rec, chainage, scaledLevee[j], leveeX[j], leveeY[j]);
+    const TrimNote note = trimToMarkers(rec, chainage, scaledLevee, dropped);
+    if (note == TrimNote::none) return;
+    conBlank();
+    conLine("WARNING - More than 2 levee markers found.");
+    if (note == TrimNote::noPair) {
         conBlank();
-        conLine("WARNING - More than 2 levee markers found.");
-        int32_t right = 0;
-        if (lowest > 0) {
-            for (int32_t j = 1; j <= rec.leveeCount; ++j) {
-                if (scaledLevee[j] >= chainage[lowest]) {
-                    right = j;
-                    break;
-                }
-            }
-        }
-        if (right < 2) {
-            // No pair surrounds the lowest point: the section is kept whole.
-            conBlank();
-            conLine("ERROR - Determing which two levee markes to use.");
-            return;
-        }
-        dropBefore(n, scaledLevee[right - 1]);
-        dropBehind(n, scaledLevee[right]);
+        conLine("ERROR - Determing which two levee markes to use.");
     }
 }
 
@@ -143,13 +89,88 @@ void writeCsv(const SectionRecord& rec) {
 
 }  // namespace
 
+void placeMarker(const SectionRecord& rec, const float* chainage, float scaled, double& x, double& y) {
+    const int32_t n = rec.surfCount;
+    if (scaled - 0.0001f <= 0.0f) {
+        x = rec.surfX[1];
+        y = rec.surfY[1];
+        return;
+    }
+    int32_t i = 2;
+    while (i <= n && chainage[i] < scaled) ++i;
+    if (i > n) {
+        // A marker beyond the end of the section (position above 1) has no
+        // point to lie between; it is put on the last point.
+        x = rec.surfX[n];
+        y = rec.surfY[n];
+        return;
+    }
+    const float f = (scaled - chainage[i - 1]) / (chainage[i] - chainage[i - 1]);
+    x = rec.surfX[i - 1] + (rec.surfX[i] - rec.surfX[i - 1]) * static_cast<double>(f);
+    y = rec.surfY[i - 1] + (rec.surfY[i] - rec.surfY[i - 1]) * static_cast<double>(f);
+}
+
+void surfaceChainage(const SectionRecord& rec, float* chainage) {
+    const int32_t n = rec.surfCount;
+    if (n >= 1) chainage[1] = 0.0f;
+    for (int32_t i = 2; i <= n; ++i)
+        chainage[i] = chainage[i - 1] + DISTANCE_8(rec.surfX[i], rec.surfY[i], rec.surfX[i - 1], rec.surfY[i - 1]);
+}
+
+void sectionCsvName(TextRef out, const SectionRecord& rec) {
+    out.assign(lineText(rec.streamId.trimmed(), "_", rec.reachId.trimmed(), "_", rec.stationText.trimmed(), ".csv"));
+}
+
+TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const float* scaledLevee, bool* dropped) {
+    const int32_t n = rec.surfCount;
+    // The lowest point: the first of smallest elevation below 999999.
+    int32_t lowest = 0;
+    float zmin = 999999.0f;
+    for (int32_t i = 1; i <= n; ++i) {
+        if (rec.surfZ[i] < zmin) {
+            zmin = rec.surfZ[i];
+            lowest = i;
+        }
+    }
+
+    if (rec.leveeCount == 1) {
+        // With no usable elevation there is no side to choose: nothing is dropped.
+        if (lowest == 0) return TrimNote::none;
+        const float m = scaledLevee[1];
+        if (chainage[lowest] > m)
+            dropBefore(chainage, dropped, n, m);
+        else
+            dropBehind(chainage, dropped, n, m);
+    } else if (rec.leveeCount == 2) {
+        dropBefore(chainage, dropped, n, scaledLevee[1]);
+        dropBehind(chainage, dropped, n, scaledLevee[2]);
+    } else {
+        int32_t right = 0;
+        if (lowest > 0) {
+            for (int32_t j = 1; j <= rec.leveeCount; ++j) {
+                if (scaledLevee[j] >= chainage[lowest]) {
+                    right = j;
+                    break;
+                }
+            }
+        }
+        if (right < 2) {
+            // No pair surrounds the lowest point: the section is kept whole.
+            return TrimNote::noPair;
+        }
+        dropBefore(chainage, dropped, n, scaledLevee[right - 1]);
+        dropBehind(chainage, dropped, n, scaledLevee[right]);
+    }
+    return rec.leveeCount >= 3 ? TrimNote::moreThanTwo : TrimNote::none;
+}
+
 void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surfLineLayer, int32_t cutLineLayer,
                           int32_t leveePtsLayer, int32_t endPtsLayer) {
     const int32_t n = rec.surfCount;
     // Only the entries of this section's points are read, so only they are cleared.
     std::memset(dropped, 0, sizeof(bool) * static_cast<std::size_t>(n + 1));
 
-    csvName = lineText(rec.streamId.trimmed(), "_", rec.reachId.trimmed(), "_", rec.stationText.trimmed(), ".csv");
+    sectionCsvName(csvName, rec);
 
     float stationValue = 0.0f;
     if (readReal4(rec.stationText.view(), stationValue) != ReadResult::ok)
@@ -157,9 +178,7 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
 
     if (rec.hasSurfaceLine) {
         // Chainage: running distance along the surface line, summed in single precision.
-        if (n >= 1) chainage[1] = 0.0f;
-        for (int32_t i = 2; i <= n; ++i)
-            chainage[i] = chainage[i - 1] + DISTANCE_8(rec.surfX[i], rec.surfY[i], rec.surfX[i - 1], rec.surfY[i - 1]);
+        surfaceChainage(rec, chainage);
         const float length = n >= 1 ? chainage[n] : 0.0f;
         for (int32_t k = 1; k <= rec.nValueCount; ++k) scaledNStation[k] = rec.nValueStation[k] * length;
         for (int32_t j = 1; j <= rec.leveeCount; ++j) scaledLevee[j] = rec.leveeStation[j] * length;

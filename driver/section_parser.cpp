@@ -25,17 +25,59 @@ namespace {
 
 }  // namespace
 
+bool endsValueBlock(std::string_view line) { return NUMBEROFNUMBERS(line) == 0; }
+bool endsSurfaceBlock(std::string_view line) { return NUMBEROFNUMBERS(line) <= 0; }
+// A colon ends the block: the next keyword line normally does.
+bool endsLeveeBlock(std::string_view line) { return trimmed(line).find(':') != std::string_view::npos; }
+
+bool readNValueRow(std::string_view line, float& station, float& n) {
+    FreeFormat f(line);
+    ReadResult r = f.real4(station);
+    if (r == ReadResult::ok) r = f.real4(n);
+    return r == ReadResult::ok;
+}
+
+bool readSurfaceRow(std::string_view line, double& x, double& y, float& z) {
+    FreeFormat f(line);
+    ReadResult r = f.real8(x);
+    if (r == ReadResult::ok) r = f.real8(y);
+    if (r == ReadResult::ok) r = f.real4(z);
+    return r == ReadResult::ok;
+}
+
+bool readLeveeRow(std::string_view line, TextRef name, float& station, float& elevation, bool& noHeight) {
+    const std::string_view t = trimmed(line);
+    const std::size_t c1 = t.find(',');
+    const std::size_t c2 = c1 == std::string_view::npos ? c1 : t.find(',', c1 + 1);
+    // No comma or one comma only: a piece to be read is missing.
+    if (c2 == std::string_view::npos) return false;
+    if (FreeFormat(t.substr(0, c1)).text(name) != ReadResult::ok) return false;
+    if (FreeFormat(t.substr(c1 + 1, c2 - c1 - 1)).real4(station) != ReadResult::ok) return false;
+    const std::string_view rest = t.substr(c2 + 1);
+    noHeight = NUMBEROFNUMBERS(rest) <= 0;
+    if (noHeight) {
+        elevation = 9999.0f;
+        return true;
+    }
+    return FreeFormat(rest).real4(elevation) == ReadResult::ok;
+}
+
+void takeStation(TextRef out) {
+    // A star marks the station; the line is cut in front of it.
+    std::string_view t = textLine.view();
+    std::size_t star = t.find('*');
+    if (star != std::string_view::npos) textLine = t.substr(0, star);
+    takeValue(out);
+}
+
 void GetSdfCutline(int32_t unit, double* cutX, double* cutY, int32_t& cutCount, int32_t& lineNo, TextRef line) {
     cutCount = 0;
     for (;;) {
         readLineOrStop(unit, lineNo, line, "a CUT LINE block");
-        if (NUMBEROFNUMBERS(line) == 0) return;
+        if (endsValueBlock(line)) return;
         ++cutCount;
         if (cutCount <= kSdfMaxRows) {
-            FreeFormat f(line.view());
-            ReadResult r = f.real8(cutX[cutCount]);
-            if (r == ReadResult::ok) r = f.real8(cutY[cutCount]);
-            if (r != ReadResult::ok) badRow("GetSdfCutline", line);
+            if (readXY(line.view(), cutX[cutCount], cutY[cutCount]) != ReadResult::ok) badRow("GetSdfCutline", line);
         } else {
             // The count goes on; the section export uses no more points than the table holds.
             conBlank();
@@ -49,13 +91,10 @@ void GetSdfnVals(int32_t unit, float* nValue, float* nValueStation, int32_t& nVa
     nValueCount = 0;
     for (;;) {
         readLineOrStop(unit, lineNo, line, "an NVALUES block");
-        if (NUMBEROFNUMBERS(line) == 0) return;
+        if (endsValueBlock(line)) return;
         if (nValueCount == kSdfMaxRows) tooManyRows("NVALUES", kSdfMaxRows, lineNo);
         ++nValueCount;
-        FreeFormat f(line.view());
-        ReadResult r = f.real4(nValueStation[nValueCount]);
-        if (r == ReadResult::ok) r = f.real4(nValue[nValueCount]);
-        if (r != ReadResult::ok) badRow("GetSdfnVals", line);
+        if (!readNValueRow(line.view(), nValueStation[nValueCount], nValue[nValueCount])) badRow("GetSdfnVals", line);
     }
 }
 
@@ -64,14 +103,11 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
     surfCount = 0;
     for (;;) {
         readLineOrStop(unit, lineNo, line, "a SURFACE LINE block");
-        if (NUMBEROFNUMBERS(line) <= 0) return;
+        if (endsSurfaceBlock(line)) return;
         if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
         ++surfCount;
-        FreeFormat f(line.view());
-        ReadResult r = f.real8(surfX[surfCount]);
-        if (r == ReadResult::ok) r = f.real8(surfY[surfCount]);
-        if (r == ReadResult::ok) r = f.real4(surfZ[surfCount]);
-        if (r != ReadResult::ok) badRow("GetSdfSurfaceLine", line);
+        if (!readSurfaceRow(line.view(), surfX[surfCount], surfY[surfCount], surfZ[surfCount]))
+            badRow("GetSdfSurfaceLine", line);
     }
 }
 
@@ -80,25 +116,16 @@ void GetSdfLevees(int32_t unit, int32_t& leveeCount, Text<50>* leveeName, float*
     leveeCount = 0;
     for (;;) {
         readLineOrStop(unit, lineNo, line, "a LEVEE POSITIONS block");
-        std::string_view t = line.trimmed();
-        // A colon ends the block: the next keyword line normally does.
-        if (t.find(':') != std::string_view::npos) break;
+        if (endsLeveeBlock(line)) break;
         if (leveeCount == kSdfMaxLevees) tooManyRows("LEVEE POSITIONS", kSdfMaxLevees, lineNo);
         ++leveeCount;
-        const std::size_t c1 = t.find(',');
-        const std::size_t c2 = c1 == std::string_view::npos ? c1 : t.find(',', c1 + 1);
-        // No comma or one comma only: a piece to be read is missing.
-        if (c2 == std::string_view::npos) badRow("GetSdfLevees", line);
-        if (FreeFormat(t.substr(0, c1)).text(leveeName[leveeCount]) != ReadResult::ok) badRow("GetSdfLevees", line);
-        if (FreeFormat(t.substr(c1 + 1, c2 - c1 - 1)).real4(leveeStation[leveeCount]) != ReadResult::ok)
+        bool noHeight = false;
+        if (!readLeveeRow(line.view(), leveeName[leveeCount], leveeStation[leveeCount], leveeElevation[leveeCount],
+                          noHeight))
             badRow("GetSdfLevees", line);
-        std::string_view rest = t.substr(c2 + 1);
-        if (NUMBEROFNUMBERS(rest) > 0) {
-            if (FreeFormat(rest).real4(leveeElevation[leveeCount]) != ReadResult::ok) badRow("GetSdfLevees", line);
-        } else {
+        if (noHeight) {
             conBlank();
             conLine(lineText("WARNING - No levee height specified.  Line number: ", lineNo));
-            leveeElevation[leveeCount] = 9999.0f;
         }
     }
     if (leveeCount == 0) {
@@ -115,52 +142,48 @@ void runSectionPhase(bool trimToLevees, const SectionLayers& layers) {
     bool finished = false;
     while (!finished && !unitAtEnd(sdfUnit)) {
         readSdfLine("the cross-sections");
-        if (FLAGEXISTS(textLine, "BEGIN CROSS-SECTIONS:")) logLine("Found BEGIN CROSS-SECTIONS: on line ", lineNumber);
-        if (FLAGEXISTS(textLine, "CROSS-SECTION:")) {
+        if (FLAGEXISTS(textLine, sdfKey::beginSections)) logLine("Found BEGIN CROSS-SECTIONS: on line ", lineNumber);
+        if (FLAGEXISTS(textLine, sdfKey::section)) {
             logLine("Found new cross-section on line ", lineNumber);
             readIdLines("a cross-section head");
             readSdfLine("a cross-section head");
-            if (FLAGEXISTS(textLine, "STATION:")) {
-                // A star marks the station; the line is cut in front of it.
-                std::string_view t = textLine.view();
-                std::size_t star = t.find('*');
-                if (star != std::string_view::npos) textLine = t.substr(0, star);
-                takeValue(rec.stationText);
+            if (FLAGEXISTS(textLine, sdfKey::station)) {
+                takeStation(rec.stationText);
             } else {
                 logLine("Error Expecting STATION: on ", lineNumber);
             }
         }
-        if (FLAGEXISTS(textLine, "CUT LINE")) {
+        if (FLAGEXISTS(textLine, sdfKey::cutLine)) {
             rec.hasCutLine = true;
             GetSdfCutline(sdfUnit, rec.cutX, rec.cutY, rec.cutCount, lineNumber, textLine);
         }
-        if (FLAGEXISTS(textLine, "NVALUES")) {
+        if (FLAGEXISTS(textLine, sdfKey::nValues)) {
             rec.hasNValues = true;
             GetSdfnVals(sdfUnit, rec.nValue, rec.nValueStation, rec.nValueCount, lineNumber, textLine);
         }
-        if (FLAGEXISTS(textLine, "LEVEE POSITIONS")) {
+        if (FLAGEXISTS(textLine, sdfKey::levees)) {
             logLine("Found LEVEE POSITIONS on line ", lineNumber);
             rec.hasLevees = true;
             GetSdfLevees(sdfUnit, rec.leveeCount, rec.leveeName, rec.leveeStation, rec.leveeElevation, lineNumber,
                          textLine);
             if (!trimToLevees) rec.hasLevees = false;
         }
-        if (FLAGEXISTS(textLine, "SURFACE LINE")) {
+        if (FLAGEXISTS(textLine, sdfKey::surfaceLine)) {
             logLine("Found SURFACE LINE on line ", lineNumber);
             rec.hasSurfaceLine = true;
             GetSdfSurfaceLine(sdfUnit, rec.surfCount, rec.surfX, rec.surfY, rec.surfZ, lineNumber, textLine);
         }
-        if (FLAGEXISTS(textLine, "END:")) {
+        if (FLAGEXISTS(textLine, sdfKey::end)) {
             conBlank();
             conLine("End of section processing... ");
             Process_sdf_Sections(rec, layers.surfPts, layers.surfLine, layers.cutLine, layers.leveePts, layers.endPts);
             rec.hasCutLine = rec.hasNValues = rec.hasLevees = rec.hasSurfaceLine = false;
         }
-        if (FLAGEXISTS(textLine, "END CROSS-SECTIONS")) {
+        if (FLAGEXISTS(textLine, sdfKey::endSections)) {
             logLine("Found END CROSS-SECTIONS on line ", lineNumber);
             finished = true;
         }
-        if (FLAGEXISTS(textLine, "ENDSTREAMNETWORK")) {
+        if (FLAGEXISTS(textLine, sdfKey::endNetworkJoined)) {
             logLine("Found ENDSTREAMNETWORK on line ", lineNumber);
             finished = true;
         }

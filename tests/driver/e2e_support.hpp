@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -116,6 +118,27 @@ inline std::string dbfHeader(int32_t records, const std::vector<Field>& fields) 
 inline std::string withoutDate(std::string dbf) {
     if (dbf.size() >= 4) dbf[1] = dbf[2] = dbf[3] = 0;
     return dbf;
+}
+
+// The real SDF samples beside the project, and a test name for each.
+inline constexpr const char* kRealSamples[] = {
+    "hecras410_export_3reach_52xs_wse.sdf", "rivergis_example1d_19xs_structures.sdf", "rivergis_start_11xs_null_z.sdf",
+    "rivergis_network_only_5reach.sdf", "civil3d_geo_elseco_97xs_crlf.sdf"};
+inline std::string sampleName(const std::string& file) { return file.substr(0, file.find('.')); }
+
+// Features in a layer as ogrinfo, an independent reader, counts them.
+inline int featureCount(const fs::path& layer) {
+    std::string cmd = "ogrinfo -ro -so -al " + quote(layer.string()) + " 2>&1";
+    FILE* p = popen(cmd.c_str(), "r");
+    if (!p) return -2;
+    std::string out;
+    char buf[4096];
+    while (std::size_t n = fread(buf, 1, sizeof buf, p)) out.append(buf, n);
+    pclose(p);
+    std::smatch m;
+    if (std::regex_search(out, m, std::regex("Feature Count: ([0-9]+)"))) return std::stoi(m[1]);
+    ADD_FAILURE() << layer << ":\n" << out;
+    return -1;
 }
 
 }  // namespace e2e

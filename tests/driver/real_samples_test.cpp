@@ -80,20 +80,6 @@ Expected countBlocks(const std::string& text) {
     return e;
 }
 
-int featureCount(const fs::path& layer) {
-    std::string cmd = "ogrinfo -ro -so -al " + quote(layer.string()) + " 2>&1";
-    FILE* p = popen(cmd.c_str(), "r");
-    if (!p) return -2;
-    std::string out;
-    char buf[4096];
-    while (std::size_t n = fread(buf, 1, sizeof buf, p)) out.append(buf, n);
-    pclose(p);
-    std::smatch m;
-    if (std::regex_search(out, m, std::regex("Feature Count: ([0-9]+)"))) return std::stoi(m[1]);
-    ADD_FAILURE() << layer << ":\n" << out;
-    return -1;
-}
-
 // Keywords are found anywhere in a line, in any case, from line 2 on. The
 // first line that holds "CENTERLINE" opens a vertex list; when the line behind
 // it is no vertex (a header naming a layer "StreamCenterlines" does this), the
@@ -255,14 +241,7 @@ TEST_P(RealFiles, ConvertInBothFormatsAndReadBack) {
     compareFamilies(dirs, src, src.stem().string());
 }
 
-INSTANTIATE_TEST_SUITE_P(Samples, RealFiles,
-                         ::testing::Values("hecras410_export_3reach_52xs_wse.sdf",
-                                           "rivergis_example1d_19xs_structures.sdf",
-                                           "rivergis_start_11xs_null_z.sdf", "rivergis_network_only_5reach.sdf",
-                                           "civil3d_geo_elseco_97xs_crlf.sdf"),
-                         [](const auto& info) {
-                             std::string n = info.param;
-                             return n.substr(0, n.find('.'));
-                         });
+INSTANTIATE_TEST_SUITE_P(Samples, RealFiles, ::testing::ValuesIn(kRealSamples),
+                         [](const auto& info) { return sampleName(info.param); });
 
 }  // namespace
