@@ -49,6 +49,9 @@ struct SectionRecord {
 };
 extern SectionRecord sectionRecord;
 
+// The scanner's state as in a fresh process: no unit, no line, an empty record.
+void sdfScanReset();
+
 // Reads the next line into `line` and counts it in `lineNo`. The end of the
 // file (or a failed read) inside a block is an orderly stop that names `where`.
 void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);

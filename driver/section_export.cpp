@@ -143,6 +143,18 @@ void writeCsv(const SectionRecord& rec) {
 
 }  // namespace
 
+void sectionExportReset() {
+    auto zero = [](auto& table) { std::memset(table, 0, sizeof table); };
+    zero(chainage);
+    zero(scaledNStation);
+    zero(scaledLevee);
+    zero(pointN);
+    zero(dropped);
+    zero(leveeX);
+    zero(leveeY);
+    csvName.clear();
+}
+
 void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surfLineLayer, int32_t cutLineLayer,
                           int32_t leveePtsLayer, int32_t endPtsLayer) {
     const int32_t n = rec.surfCount;

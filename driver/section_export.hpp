@@ -9,3 +9,7 @@
 // section layers. A station that is not a number ends the run.
 void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surfLineLayer, int32_t cutLineLayer,
                           int32_t leveePtsLayer, int32_t endPtsLayer);
+
+// The export's working tables as in a fresh process (the Manning's n of the
+// points is kept from one section to the next, so a new run needs this).
+void sectionExportReset();

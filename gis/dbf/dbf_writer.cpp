@@ -216,6 +216,11 @@ void dbfWriteHeader(const GisAttributes& a, GisDbfState& dbf) {
     if (unitWriteBytes(dbf.dbfUnit, &end, 1) != IoStatus::ok) gisStopMessage(kHeaderFailed);
 }
 
+void dbfWriterReset() {
+    gSlots = SlotTable{};
+    gSlotsLarge = SlotTable{};
+}
+
 void dbfdataline(GisDbfState& dbf) { writeRecordLine(dbf, gisRecordLine.view(), gSlots, false); }
 
 void dbfdatalinelarge(GisDbfState& dbf) { writeRecordLine(dbf, gisRecordLineLarge.view(), gSlotsLarge, true); }
