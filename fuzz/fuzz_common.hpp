@@ -29,8 +29,13 @@ inline int consoleFd = -1;
 // Makes a fresh scratch folder and works in it; standard input is empty and
 // standard output goes to a file that each run starts afresh.
 inline void setUp() {
-    char dir[] = "/tmp/reachmap-fuzz-XXXXXX";
+    static char dir[] = "/tmp/reachmap-fuzz-XXXXXX";
     if (::mkdtemp(dir) == nullptr || ::chdir(dir) != 0) std::abort();
+    // Gone at a normal end; kept after a crash, for a look at what was written.
+    std::atexit([] {
+        std::error_code ec;
+        fs::remove_all(dir, ec);
+    });
     const int in = ::open("/dev/null", O_RDONLY);
     consoleFd = ::open("console.out", O_RDWR | O_CREAT | O_TRUNC, 0644);
     if (in < 0 || consoleFd < 0 || ::dup2(in, 0) < 0 || ::dup2(consoleFd, 1) < 0) std::abort();
@@ -51,6 +56,13 @@ inline void writeFile(const char* name, const uint8_t* data, std::size_t size) {
 
 inline void writeFile(const char* name, std::string_view text) {
     writeFile(name, reinterpret_cast<const uint8_t*>(text.data()), text.size());
+}
+
+// The words of the internal stop. An input that holds them is not run: the
+// messages that quote a line of the input would bring them to the console.
+inline bool holdsStopWords(const uint8_t* data, std::size_t size) {
+    constexpr std::string_view words = "Should not be here";
+    return std::string_view(reinterpret_cast<const char*>(data), size).find(words) != std::string_view::npos;
 }
 
 // Runs `body`, which may end through the exit handler; then fails loudly when

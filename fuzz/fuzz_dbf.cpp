@@ -8,6 +8,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+    if (fuzz::holdsStopWords(data, size)) return -1;
     fuzz::writeFile("f.dbf", data, size);
     fuzz::runOnce(
         [] {

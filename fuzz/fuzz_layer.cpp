@@ -9,6 +9,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+    if (fuzz::holdsStopWords(data, size)) return -1;
     fuzz::writeTwoFiles(data, size, REACHMAP_FUZZ_MAIN, REACHMAP_FUZZ_ATTRIBUTES);
     fuzz::runOnce([] { fuzz::readWholeLayer(REACHMAP_FUZZ_MAIN); }, [] { gisReset(); });
     return 0;

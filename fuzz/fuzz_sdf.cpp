@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    if (writesOutsideFolder(data, size)) return -1;
+    if (writesOutsideFolder(data, size) || fuzz::holdsStopWords(data, size)) return -1;
     fuzz::writeFile("f.sdf", data, size);
     char prog[] = "reachmap", format[] = REACHMAP_FUZZ_FORMAT, file[] = "f.sdf";
     char* argv[] = {prog, format, file, nullptr};
