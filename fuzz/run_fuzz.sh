@@ -14,7 +14,9 @@ seconds=${1:-60}
 shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(sdf_shp sdf_mif shp dbf mif numbers)
-build=build/fuzz
+# Absolute paths: the targets work in a scratch folder of their own.
+root=$(pwd)
+build=$root/build/fuzz
 seeds=$build/seeds
 rm -rf "$seeds"
 python3 fuzz/make_seeds.py "$build/driver/reachmap" "$seeds"
@@ -23,7 +25,7 @@ failed=()
 for t in "${targets[@]}"; do
   s=$t
   extra=()
-  case $t in sdf_*) s=sdf; extra=(-dict=fuzz/sdf.dict) ;; esac
+  case $t in sdf_*) s=sdf; extra=(-dict="$root/fuzz/sdf.dict") ;; esac
   mkdir -p "$build/corpus/$t"
   echo "== fuzz_$t for ${seconds}s"
   if ! "$build/fuzz/fuzz_$t" "${extra[@]}" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
