@@ -6,6 +6,7 @@
 #include "driver/layer_set.hpp"
 #include "text/linebuf.hpp"
 #include "driver/sdf_scan.hpp"
+#include "driver/section_export.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
@@ -144,6 +145,13 @@ void makeBaseName(TextRef baseName) {
 }
 
 }  // namespace
+
+void reachmapReset() {
+    gisReset();
+    sdfScanReset();
+    sectionExportReset();
+    run = RunSettings{};
+}
 
 [[noreturn]] void runReachmap(int argc, char** argv) {
     FILEINIT(1000);

@@ -1,5 +1,7 @@
 #include "driver/sdf_scan.hpp"
 
+#include <cstring>
+
 #include "text/linebuf.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -12,6 +14,30 @@ int32_t sdfUnit = 0;
 Text<1000> textLine;
 int32_t lineNumber = 0;
 SectionRecord sectionRecord;
+
+void sdfScanReset() {
+    sdfUnit = 0;
+    textLine.clear();
+    lineNumber = 0;
+    // In place: the record is too large for a temporary.
+    SectionRecord& r = sectionRecord;
+    r.streamId.clear();
+    r.reachId.clear();
+    r.stationText.clear();
+    r.hasCutLine = r.hasNValues = r.hasLevees = r.hasSurfaceLine = false;
+    r.cutCount = r.nValueCount = r.leveeCount = r.surfCount = 0;
+    for (auto& t : r.leveeName) t.clear();
+    auto zero = [](auto& table) { std::memset(table, 0, sizeof table); };
+    zero(r.cutX);
+    zero(r.cutY);
+    zero(r.nValueStation);
+    zero(r.nValue);
+    zero(r.leveeStation);
+    zero(r.leveeElevation);
+    zero(r.surfX);
+    zero(r.surfY);
+    zero(r.surfZ);
+}
 
 void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where) {
     ++lineNo;

@@ -84,6 +84,9 @@ bool readSurfaceRow(std::string_view line, double& x, double& y, float& z);
 // name, station[, elevation]; `noHeight` when the elevation is missing (it is then 9999).
 bool readLeveeRow(std::string_view line, TextRef name, float& station, float& elevation, bool& noHeight);
 
+// The scanner's state as in a fresh process: no unit, no line, an empty record.
+void sdfScanReset();
+
 // Reads the next line into `line` and counts it in `lineNo`. The end of the
 // file (or a failed read) inside a block is an orderly stop that names `where`.
 void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);

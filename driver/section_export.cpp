@@ -164,6 +164,18 @@ TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const fl
     return rec.leveeCount >= 3 ? TrimNote::moreThanTwo : TrimNote::none;
 }
 
+void sectionExportReset() {
+    auto zero = [](auto& table) { std::memset(table, 0, sizeof table); };
+    zero(chainage);
+    zero(scaledNStation);
+    zero(scaledLevee);
+    zero(pointN);
+    zero(dropped);
+    zero(leveeX);
+    zero(leveeY);
+    csvName.clear();
+}
+
 void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surfLineLayer, int32_t cutLineLayer,
                           int32_t leveePtsLayer, int32_t endPtsLayer) {
     const int32_t n = rec.surfCount;

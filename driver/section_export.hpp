@@ -21,3 +21,7 @@ void placeMarker(const SectionRecord& rec, const float* chainage, float scaled, 
 // section with a marker and a point), and tells what the converter reports.
 enum class TrimNote { none, moreThanTwo, noPair };
 TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const float* scaledLevee, bool* dropped);
+
+// The export's working tables as in a fresh process (the Manning's n of the
+// points is kept from one section to the next, so a new run needs this).
+void sectionExportReset();

@@ -83,6 +83,11 @@ void gisInitialiseLibrary(int32_t logUnit, std::string_view simulationName, std:
                           std::string_view inputLayersName);
 // Closes the files that gisInitialiseLibrary opened.
 void gisCloseWorkspace();
+// Brings the library and the runtime below it back to the state of a fresh
+// process (runtimeReset, then every table, buffer and setting of the
+// library), for a program that goes on after a run ended through the exit
+// handler of runtime/exits.hpp.
+void gisReset();
 
 // ---- Laying objects on a grid ----------------------------------------------
 // Cell range of local points 1..N (the first point alone when N is below 2)

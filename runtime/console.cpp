@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "runtime/exits.hpp"
 #include "runtime/internal.hpp"
 #include "runtime/units.hpp"
 
@@ -114,5 +115,11 @@ void stopRun(std::string_view text) {
     unitFlushAll();
     writeAll(2, text.data(), text.size());
     writeAll(2, "\n", 1);
-    std::exit(0);
+    endRun();
+}
+
+void consoleReset() {
+    outLen = 0;
+    inPos = inLen = 0;
+    inEnded = false;
 }

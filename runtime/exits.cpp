@@ -4,6 +4,7 @@
 
 #include "runtime/console.hpp"
 #include "runtime/internal.hpp"
+#include "runtime/messages.hpp"
 #include "runtime/platform.hpp"
 #include "runtime/units.hpp"
 
@@ -11,6 +12,8 @@ namespace {
 
 // A few bytes are enough: the answer to a pause is only waited for.
 Text<16> answer;
+
+RunEndHandler runEndHandler = nullptr;
 
 }  // namespace
 
@@ -38,7 +41,27 @@ void EXITS() {
     }
     conFlush();
     unitFlushAll();
+    endRun();
+}
+
+RunEndHandler setRunEndHandler(RunEndHandler handler) {
+    RunEndHandler before = runEndHandler;
+    runEndHandler = handler;
+    return before;
+}
+
+void endRun() {
+    if (runEndHandler != nullptr) runEndHandler();
     std::exit(0);
+}
+
+void runtimeReset() {
+    conFlush();
+    unitsReset();
+    consoleReset();
+    fileUnitSettings = FileUnitSettings{};
+    for (bool& f : setFlagsTable) f = false;
+    DMESSAGES = DMessageRecord{};
 }
 
 void PAUSER() {

@@ -7,6 +7,12 @@
 // ignoring errors and leaving the opened flags alone. Used by EXITS.
 void unitCloseAllQuietly();
 
+// The parts of runtimeReset: every unit closed (pending output written) and
+// the tables as in a fresh process; the console's buffers emptied and
+// standard input read afresh.
+void unitsReset();
+void consoleReset();
+
 // One line gathered from buffered input that may arrive in pieces: the bytes
 // up to the line end, cut at the text's capacity, a CR in front of the LF
 // dropped, the rest of the text blanked.

@@ -646,6 +646,15 @@ void reportUnit(std::string_view words, int32_t unit) {
 
 void unitCloseAllQuietly() { closeAllFiles(); }
 
+void unitsReset() {
+    closeAllFiles();
+    for (auto& s : slots) s = Slot{};
+    for (auto& p : pool) p = PoolEntry{};
+    for (auto& g : groups) g = Group{};
+    firstUnit = 993;
+    tablesReady = false;
+}
+
 void FILEINIT(int32_t first) {
     // A second FILEINIT starts afresh: files still open are closed quietly.
     initTables(first);
@@ -804,7 +813,7 @@ void OPENERFREE(int32_t& unit, std::string_view mode, std::string_view name, int
         // Stops at once: no closing of files, only what is written reaches the disk.
         conFlush();
         unitFlushAll();
-        std::exit(0);
+        endRun();
     }
     int j = 1;
     while (j <= kPool && pool[j].opened) ++j;

@@ -237,10 +237,10 @@ struct ByteClasses {
     unsigned char c[256] = {};
     constexpr ByteClasses() {
         for (int i = '0'; i <= '9'; ++i) c[i] = kNumber;
-        c['.'] = c['-'] = c['e'] = c['E'] = kNumber;
-        c['!'] = c['#'] = kComment;
-        c[' '] = c['\t'] = kSpace;
-        c[','] = kComma;
+        for (unsigned char b : {'.', '-', 'e', 'E'}) c[b] = kNumber;
+        for (unsigned char b : {'!', '#'}) c[b] = kComment;
+        for (unsigned char b : {' ', '\t'}) c[b] = kSpace;
+        c[static_cast<unsigned char>(',')] = kComma;
     }
 };
 constexpr ByteClasses kClasses;

@@ -49,8 +49,12 @@ void putLE32(unsigned char* p, int32_t v) {
 }
 
 // The value of a quoted token without its quotes, a doubled quote standing
-// for one, cut at the slot. False when the closing quote is missing.
-bool unquoteInto(std::string_view t, TextRef out) {
+// for one, cut at the slot. A quote that is never closed runs to the end of
+// the line, as in every other free-format text the system reads: the end of
+// the line is the end of the record. Such a line comes from a text that
+// holds a quote of its own, or from a record cut at the capacity of the
+// record line inside a quoted value; it is written, not stopped on.
+void unquoteInto(std::string_view t, TextRef out) {
     char buf[kSlotCap];
     int n = 0;
     const char q = t[0];
@@ -60,19 +64,18 @@ bool unquoteInto(std::string_view t, TextRef out) {
             if (i + 1 < t.size() && t[i + 1] == q) {
                 ++i;
             } else {
-                out.assign({buf, static_cast<std::size_t>(n)});
-                return true;
+                break;
             }
         }
         if (n < kSlotCap) buf[n++] = c;
     }
-    return false;
+    out.assign({buf, static_cast<std::size_t>(n)});
 }
 
 // Splits a record line into the first `count` slots by the list rules: a
 // value ends at a comma, a blank or the end; quotes may hold both; an empty
 // value, a slash or the end of the line leave slots as they were; r*v repeats.
-bool splitLine(std::string_view line, SlotTable& table, int count) {
+void splitLine(std::string_view line, SlotTable& table, int count) {
     FreeFormat ff(line);
     for (int i = 1; i <= count; ++i) {
         std::string_view token;
@@ -81,12 +84,11 @@ bool splitLine(std::string_view line, SlotTable& table, int count) {
         if (item == FreeFormat::Item::end || item == FreeFormat::Item::slash) break;
         if (item == FreeFormat::Item::null) continue;
         if (quoted) {
-            if (!unquoteInto(token, table.slot[i].ref())) return false;
+            unquoteInto(token, table.slot[i].ref());
         } else {
             table.slot[i].ref().assign(token);
         }
     }
-    return true;
 }
 
 void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, bool large) {
@@ -94,13 +96,7 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
     gRecord[0] = ' ';  // not deleted
 
     const int count = std::min(dbf.fieldCount, kDbfMaxFields);
-    if (!splitLine(line, table, count)) {
-        gisSetMessage(large ? "Should not be here [dbfdatalinelarge] - please contact " REACHMAP_SUPPORT "."
-                            : "Should not be here [dbfdataline] - please contact " REACHMAP_SUPPORT ".");
-        gisMessageLine[2] = line.substr(0, std::min<std::size_t>(line.size(), kNameCap));
-        gisMessageOut(1);
-        EXITS();
-    }
+    splitLine(line, table, count);
     std::size_t at = 1;
     for (int f = 1; f <= count; ++f) {
         const int w = std::clamp(dbf.widths[f], 0, kSlotCap - 1);
@@ -214,6 +210,11 @@ void dbfWriteHeader(const GisAttributes& a, GisDbfState& dbf) {
     }
     const unsigned char end = 13;
     if (unitWriteBytes(dbf.dbfUnit, &end, 1) != IoStatus::ok) gisStopMessage(kHeaderFailed);
+}
+
+void dbfWriterReset() {
+    gSlots = SlotTable{};
+    gSlotsLarge = SlotTable{};
 }
 
 void dbfdataline(GisDbfState& dbf) { writeRecordLine(dbf, gisRecordLine.view(), gSlots, false); }

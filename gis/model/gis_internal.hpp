@@ -40,3 +40,8 @@ void gisReport(int32_t blankLines, std::string_view line);
 // gisInputLayers (its stem as tracked, `name` as given); `tracked` is false
 // beyond the tracking limit, where only the list gets a line.
 void gisRecordInputLayer(int32_t gisID, std::string_view stem, std::string_view name, bool tracked);
+
+// The parts of gisReset kept beside the state they clear: the value slots of
+// the .dbf writer and the field cursors of the reading sequence.
+void dbfWriterReset();
+void readCursorsReset();

@@ -150,3 +150,39 @@ void gisStopTooManyNodes(bool shp, int64_t requested, int32_t limit) {
     gisMessageOut(1);
     EXITS();
 }
+
+void gisReset() {
+    runtimeReset();
+    for (int32_t id = 0; id <= kGisMaxLayers; ++id) {
+        gisFormat[id] = 0;
+        gisIsOpen[id] = false;
+        gisLayerName[id].clear();
+        gisIsOutput[id] = false;
+        gisAtEnd[id] = false;
+        gisInputIndex[id] = 0;
+        gisMif[id] = GisMifState{};
+        for (int k = 0; k <= 3; ++k) {
+            gisShp[id][k] = GisShpState{};
+            gisDbf[id][k] = GisDbfState{};
+        }
+    }
+    gisO_ = GisObject{};
+    gisN = 0;
+    std::fill(std::begin(gisX), std::end(gisX), 0.0);
+    std::fill(std::begin(gisY), std::end(gisY), 0.0);
+    gisA_ = GisAttributes{};
+    gisRecordLine.clear();
+    gisRecordLineLarge.clear();
+    gisCoordSysLine.clear();
+    gisPrjLine.clear();
+    gisMifProjection.clear();
+    gisShpProjection.clear();
+    gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsError = false;
+    for (auto& t : gisInputLayers) t.clear();
+    gisInputLayerCount = 0;
+    gisLogUnit = 0;
+    for (auto& t : gisMessageLine) t.clear();
+    gisWorkspaceUnit = gisInputLayersMifUnit = gisInputLayersMidUnit = 0;
+    dbfWriterReset();
+    readCursorsReset();
+}

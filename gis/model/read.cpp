@@ -130,6 +130,10 @@ void plineCentre(const double* X, const double* Y, int32_t N, double& cx, double
 
 }  // namespace
 
+void readCursorsReset() {
+    for (int32_t& c : gFieldCursor) c = 0;
+}
+
 void gisReadHeader(int32_t gisID) {
     if (familyOf(gisID, "gisReadHeader") == 1) {
         GisMifState& m = gisMif[gisID];

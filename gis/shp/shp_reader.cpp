@@ -230,6 +230,13 @@ bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& o, double* X, dou
             N = 1;
             break;
         case 3: {
+            // A polyline record of no part is valid (its flags stay clear):
+            // it reads as an empty polyline, with no point, however often
+            // it is read.
+            if (o.np == 0) {
+                N = 0;
+                break;
+            }
             // One part a call, no more than the record holds.
             if (o.nr < 0 || o.nr >= o.np || o.np >= kGisMaxParts) gisStopMessage(kNotHere);
             ++o.nr;

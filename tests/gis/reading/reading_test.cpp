@@ -160,6 +160,17 @@ TEST_F(Reading, ShapefileAndDbfStops) {
     }
 }
 
+TEST_F(Reading, ShpPolylineOfNoPartsReadsEmpty) {
+    // The first record of set L, its part count (at byte 144) set to 0: no
+    // polyline flag, and one read that gives no point.
+    writeBase();
+    std::string shp = readFile(path("base_L.shp"));
+    shp.replace(144, 4, le32(0));
+    writeFile(path("base_L.shp"), shp);
+    reading::expectLayer(path("base_L.shp"),
+                         {{"?", {{}}, "thing,1.5"}, {"plinemultiple", {{{0, 0}, {1, 1}}, {{5, 5}}}, "thing,1.5"}});
+}
+
 TEST_F(Reading, MifStops) {
     const std::string h = "Version 300\r\nColumns 1\r\n  ID Integer\r\nData\r\n\r\n";
     const std::pair<std::string, std::string> cases[] = {
