@@ -6,6 +6,8 @@
 #include "driver/layer_set.hpp"
 #include "text/linebuf.hpp"
 #include "driver/sdf_scan.hpp"
+#include "driver/section_parser.hpp"
+#include "driver/stops.hpp"
 #include "driver/section_export.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -183,7 +185,7 @@ void reachmapReset() {
     OPENERFREE(sdfUnit, "I ", run.sdfFile, 0);
 
     Text<1000> streamLayerName;
-    streamLayerName = lineText(run.sdfFile.trimmed(), run.useMif ? "_streams.mif" : "_streams.shp");
+    streamLayerName = lineText(run.sdfFile.trimmed(), layer::streams.suffix, run.useMif ? ".mif" : ".shp");
     int32_t streamsLayer = 0;
     CreateStreamLayer(streamLayerName, streamsLayer);
     gisO_.isPline = true;

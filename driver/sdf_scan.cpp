@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "driver/stops.hpp"
+
 #include "text/linebuf.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -39,18 +41,6 @@ void sdfScanReset() {
     zero(r.surfZ);
 }
 
-void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where) {
-    ++lineNo;
-    IoStatus st = unitReadLine(unit, line);
-    if (st == IoStatus::ok) return;
-    // The file ended (or could not be read) where the block still needs lines:
-    // nothing sound can be made of the rest, so stop in order.
-    line.clear();
-    if (st == IoStatus::end)
-        stopWith(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo - 1, ")."));
-    stopWith(lineText("ERROR - Could not read line ", lineNo, " of the SDF file inside ", where, "."));
-}
-
 void readSdfLine(std::string_view where) { readLineOrStop(sdfUnit, lineNumber, textLine, where); }
 
 void takeValue(TextRef out) {
@@ -66,21 +56,6 @@ void takeValue(TextRef out) {
 void logLine(std::string_view what, int32_t n) {
     conBlank();
     conLine(lineText(what, n));
-}
-
-void stopWith(std::string_view message) {
-    conBlank();
-    conLine(message);
-    EXITS();
-}
-
-void stopOnLine(std::string_view message, std::string_view line) {
-    conBlank();
-    conLine(message);
-    conBlank();
-    conLine(line);
-    conBlank();
-    EXITS();
 }
 
 namespace {

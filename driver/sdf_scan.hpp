@@ -1,5 +1,6 @@
 // Scanning of an SDF file: the state shared by the stream phase and the
-// section phase, the section record, and the phases themselves.
+// section phase, the section record, the keywords, and the stream phase.
+// The section phase is in section_parser.hpp.
 //
 // The scanner reads one line at a time into one buffer, `textLine`, and looks
 // for keywords anywhere in it; lines with no known keyword are skipped. There
@@ -70,44 +71,23 @@ constexpr std::string_view end = "END:";
 constexpr std::string_view endSections = "END CROSS-SECTIONS";
 }  // namespace sdfKey
 
-// How the block readers take one line. The CUT LINE and NVALUES blocks end
-// at a line that holds no value at all, the SURFACE LINE block at one that
-// does not start with values, the LEVEE POSITIONS block at any line with a
-// colon. Every other line is a row, and a row that cannot be read is bad.
-bool endsValueBlock(std::string_view line);
-bool endsSurfaceBlock(std::string_view line);
-bool endsLeveeBlock(std::string_view line);
 // x and y of a vertex or cut line row; `end` when the line runs out first.
 ReadResult readXY(std::string_view line, double& x, double& y);
-bool readNValueRow(std::string_view line, float& station, float& n);
-bool readSurfaceRow(std::string_view line, double& x, double& y, float& z);
-// name, station[, elevation]; `noHeight` when the elevation is missing (it is then 9999).
-bool readLeveeRow(std::string_view line, TextRef name, float& station, float& elevation, bool& noHeight);
 
 // The scanner's state as in a fresh process: no unit, no line, an empty record.
 void sdfScanReset();
 
-// Reads the next line into `line` and counts it in `lineNo`. The end of the
-// file (or a failed read) inside a block is an orderly stop that names `where`.
-void readLineOrStop(int32_t unit, int32_t& lineNo, TextRef line, std::string_view where);
-// The same for the scanner's own textLine and lineNumber.
+// Reads the next line into the scanner's own textLine and counts it in
+// lineNumber; the end of the file inside a block stops in order (see
+// readLineOrStop).
 void readSdfLine(std::string_view where);
 
 // A log line of the scan: an empty line, then `what` and the line number.
 void logLine(std::string_view what, int32_t n);
 
-// The driver's orderly stops: an empty line and `message`, then EXITS; and
-// the same with the offending line quoted between empty lines behind it.
-[[noreturn]] void stopWith(std::string_view message);
-[[noreturn]] void stopOnLine(std::string_view message, std::string_view line);
-
 // The value behind the first colon of textLine, trailing blanks cut; leading
 // blanks stay part of it.
 void takeValue(TextRef out);
-
-// The station of the STATION: line in textLine: a star and all behind it are
-// cut from textLine itself, then the value is taken.
-void takeStation(TextRef out);
 
 // Reads the two id lines that follow REACH: and CROSS-SECTION: (`where`
 // names the block): each value is taken when its keyword is there, else the
@@ -121,24 +101,3 @@ void readVertex(double& x, double& y);
 // writing one polyline per CENTERLINE to the streams layer.
 void runStreamPhase(int32_t streamsLayer);
 
-// Block readers of the section phase. Each reads until its block ends and
-// leaves the ending line in textLine.
-void GetSdfCutline(int32_t unit, double* cutX, double* cutY, int32_t& cutCount, int32_t& lineNo, TextRef line);
-void GetSdfnVals(int32_t unit, float* nValue, float* nValueStation, int32_t& nValueCount, int32_t& lineNo,
-                 TextRef line);
-void GetSdfLevees(int32_t unit, int32_t& leveeCount, Text<50>* leveeName, float* leveeStation, float* leveeElevation,
-                  int32_t& lineNo, TextRef line);
-void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* surfY, float* surfZ, int32_t& lineNo,
-                       TextRef line);
-
-// The five section layers, as CreateSectionLayers gives them.
-struct SectionLayers {
-    int32_t surfPts = 0;
-    int32_t surfLine = 0;
-    int32_t cutLine = 0;
-    int32_t leveePts = 0;
-    int32_t endPts = 0;
-};
-
-// The section phase: carries on from the line where the stream phase stopped.
-void runSectionPhase(bool trimToLevees, const SectionLayers& layers);

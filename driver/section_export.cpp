@@ -6,6 +6,8 @@
 #include <cstring>
 
 #include "text/linebuf.hpp"
+#include "driver/layer_set.hpp"
+#include "driver/stops.hpp"
 #include "geometry/plane.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
@@ -45,14 +47,14 @@ void writeTo(int32_t layer, const Line& l) {
     gisWriteRecord(layer, gisO_);
 }
 
-void dropBefore(const float* chainage, bool* dropped, int32_t n, float m) {
+void dropBefore(const float* along, bool* drops, int32_t n, float m) {
     for (int32_t i = 1; i <= n; ++i)
-        if (chainage[i] < m) dropped[i] = true;
+        if (along[i] < m) drops[i] = true;
 }
 
-void dropBehind(const float* chainage, bool* dropped, int32_t n, float m) {
+void dropBehind(const float* along, bool* drops, int32_t n, float m) {
     for (int32_t i = 1; i <= n; ++i)
-        if (chainage[i] > m) dropped[i] = true;
+        if (along[i] > m) drops[i] = true;
 }
 
 // Places the levee markers and drops the points outside the chosen pair.
@@ -87,9 +89,124 @@ void writeCsv(const SectionRecord& rec) {
     CLOSER(unit);
 }
 
+// One routine a layer: each writes the section's objects and records to its
+// layer, with the numbers laid out as the layer's definition says.
+
+void fixed(Line& l, NumberLayout f, double v) { l.fixed(f.width, f.decimals, v); }
+
+// The surface line as kept, with the .csv name as its source.
+void writeSurfaceLine(const SectionRecord& rec, int32_t id) {
+    gisO_.isPline = true;
+    int32_t kept = 0;
+    for (int32_t i = 1; i <= rec.surfCount; ++i) {
+        if (dropped[i]) continue;
+        ++kept;
+        gisX[kept] = rec.surfX[i];
+        gisY[kept] = rec.surfY[i];
+    }
+    gisN = kept;
+    Line l;
+    l.quoted(csvName.trimmed());
+    l << ",\"xz\",";
+    l.quoted(rec.hasNValues ? "n" : "");
+    l << ",\"\",\"\",\"\",\"\",\"\",\"\",";
+    fixed(l, layer::numberLayout(layer::surfLine, "Z_Increment"), 0.0);
+    l << ",";
+    fixed(l, layer::numberLayout(layer::surfLine, "Z_Maximum"), 0.0);
+    l << ",";
+    fixed(l, layer::numberLayout(layer::surfLine, "Skew"), 0.0);
+    l << ",\"\"";
+    if (gisN >= 2) {
+        writeTo(id, l);
+    } else {
+        // The message is kept as the system has always printed it.
+        conBlank();
+        conLine("Error here.");
+    }
+    gisO_.isPline = false;
+}
+
+// Every point kept, with its elevation and Manning's n; the ids stand in
+// front of every record of the section.
+void writeSurfacePoints(const SectionRecord& rec, const Line& ids, int32_t id) {
+    gisO_.isPoint = true;
+    gisN = 1;
+    for (int32_t i = 1; i <= rec.surfCount; ++i) {
+        if (dropped[i]) continue;
+        Line p;
+        p << ids.view();
+        p << ",";
+        fixed(p, layer::numberLayout(layer::surfPts, "Elevation"), rec.surfZ[i]);
+        p << ",";
+        fixed(p, layer::numberLayout(layer::surfPts, "Mannings"), pointN[i]);
+        gisX[1] = rec.surfX[i];
+        gisY[1] = rec.surfY[i];
+        writeTo(id, p);
+    }
+    gisO_.isPoint = false;
+}
+
+// The first and last points as read, whatever was trimmed.
+void writeEndPoints(const SectionRecord& rec, int32_t id) {
+    const int32_t n = rec.surfCount;
+    if (n < 1) return;
+    gisO_.isPoint = true;
+    gisN = 1;
+    const int32_t ends[] = {1, n};
+    for (int32_t k = 0; k < 2; ++k) {
+        const int32_t i = ends[k];
+        Line e;
+        fixed(e, k == 0 ? layer::firstEndZ : layer::lastEndZ, rec.surfZ[i]);
+        e << ",";
+        fixed(e, layer::numberLayout(layer::endPts, "dZ"), 0.0);
+        e << ",";
+        fixed(e, layer::numberLayout(layer::endPts, "Shape_Width_or_dMax"), 0.0);
+        e << ",\"\"";
+        gisX[1] = rec.surfX[i];
+        gisY[1] = rec.surfY[i];
+        writeTo(id, e);
+    }
+    gisO_.isPoint = false;
+}
+
+// Every levee marker, used for trimming or not; its name stands bare.
+void writeLeveePoints(const SectionRecord& rec, const Line& ids, int32_t id) {
+    if (!rec.hasLevees || rec.leveeCount <= 0 || rec.surfCount <= 0) return;
+    gisO_.isPoint = true;
+    gisN = 1;
+    for (int32_t j = 1; j <= rec.leveeCount; ++j) {
+        Line v;
+        v << ids.view();
+        v << ",";
+        fixed(v, layer::numberLayout(layer::leveePts, "Elevation"), rec.leveeElevation[j]);
+        v << ",";
+        v << rec.leveeName[j].trimmed();
+        gisX[1] = leveeX[j];
+        gisY[1] = leveeY[j];
+        writeTo(id, v);
+    }
+    gisO_.isPoint = false;
+}
+
+// The cut line as read.
+void writeCutLine(const SectionRecord& rec, int32_t id) {
+    if (!rec.hasCutLine) return;
+    const int32_t m = rec.cutCount < kSdfMaxRows ? rec.cutCount : kSdfMaxRows;
+    for (int32_t i = 1; i <= m; ++i) {
+        gisX[i] = rec.cutX[i];
+        gisY[i] = rec.cutY[i];
+    }
+    gisN = m;
+    gisO_.isPline = true;
+    Line c;
+    idTexts(c, rec);
+    writeTo(id, c);
+    gisO_.isPline = false;
+}
+
 }  // namespace
 
-void placeMarker(const SectionRecord& rec, const float* chainage, float scaled, double& x, double& y) {
+void placeMarker(const SectionRecord& rec, const float* along, float scaled, double& x, double& y) {
     const int32_t n = rec.surfCount;
     if (scaled - 0.0001f <= 0.0f) {
         x = rec.surfX[1];
@@ -97,7 +214,7 @@ void placeMarker(const SectionRecord& rec, const float* chainage, float scaled, 
         return;
     }
     int32_t i = 2;
-    while (i <= n && chainage[i] < scaled) ++i;
+    while (i <= n && along[i] < scaled) ++i;
     if (i > n) {
         // A marker beyond the end of the section (position above 1) has no
         // point to lie between; it is put on the last point.
@@ -105,23 +222,23 @@ void placeMarker(const SectionRecord& rec, const float* chainage, float scaled, 
         y = rec.surfY[n];
         return;
     }
-    const float f = (scaled - chainage[i - 1]) / (chainage[i] - chainage[i - 1]);
+    const float f = (scaled - along[i - 1]) / (along[i] - along[i - 1]);
     x = rec.surfX[i - 1] + (rec.surfX[i] - rec.surfX[i - 1]) * static_cast<double>(f);
     y = rec.surfY[i - 1] + (rec.surfY[i] - rec.surfY[i - 1]) * static_cast<double>(f);
 }
 
-void surfaceChainage(const SectionRecord& rec, float* chainage) {
+void surfaceChainage(const SectionRecord& rec, float* along) {
     const int32_t n = rec.surfCount;
-    if (n >= 1) chainage[1] = 0.0f;
+    if (n >= 1) along[1] = 0.0f;
     for (int32_t i = 2; i <= n; ++i)
-        chainage[i] = chainage[i - 1] + DISTANCE_8(rec.surfX[i], rec.surfY[i], rec.surfX[i - 1], rec.surfY[i - 1]);
+        along[i] = along[i - 1] + DISTANCE_8(rec.surfX[i], rec.surfY[i], rec.surfX[i - 1], rec.surfY[i - 1]);
 }
 
 void sectionCsvName(TextRef out, const SectionRecord& rec) {
     out.assign(lineText(rec.streamId.trimmed(), "_", rec.reachId.trimmed(), "_", rec.stationText.trimmed(), ".csv"));
 }
 
-TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const float* scaledLevee, bool* dropped) {
+TrimNote trimToMarkers(const SectionRecord& rec, const float* along, const float* markers, bool* drops) {
     const int32_t n = rec.surfCount;
     // The lowest point: the first of smallest elevation below 999999.
     int32_t lowest = 0;
@@ -134,21 +251,21 @@ TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const fl
     }
 
     if (rec.leveeCount == 1) {
-        // With no usable elevation there is no side to choose: nothing is dropped.
+        // With no usable elevation there is no side to choose: nothing is drops.
         if (lowest == 0) return TrimNote::none;
-        const float m = scaledLevee[1];
-        if (chainage[lowest] > m)
-            dropBefore(chainage, dropped, n, m);
+        const float m = markers[1];
+        if (along[lowest] > m)
+            dropBefore(along, drops, n, m);
         else
-            dropBehind(chainage, dropped, n, m);
+            dropBehind(along, drops, n, m);
     } else if (rec.leveeCount == 2) {
-        dropBefore(chainage, dropped, n, scaledLevee[1]);
-        dropBehind(chainage, dropped, n, scaledLevee[2]);
+        dropBefore(along, drops, n, markers[1]);
+        dropBehind(along, drops, n, markers[2]);
     } else {
         int32_t right = 0;
         if (lowest > 0) {
             for (int32_t j = 1; j <= rec.leveeCount; ++j) {
-                if (scaledLevee[j] >= chainage[lowest]) {
+                if (markers[j] >= along[lowest]) {
                     right = j;
                     break;
                 }
@@ -158,8 +275,8 @@ TrimNote trimToMarkers(const SectionRecord& rec, const float* chainage, const fl
             // No pair surrounds the lowest point: the section is kept whole.
             return TrimNote::noPair;
         }
-        dropBefore(chainage, dropped, n, scaledLevee[right - 1]);
-        dropBehind(chainage, dropped, n, scaledLevee[right]);
+        dropBefore(along, drops, n, markers[right - 1]);
+        dropBehind(along, drops, n, markers[right]);
     }
     return rec.leveeCount >= 3 ? TrimNote::moreThanTwo : TrimNote::none;
 }
@@ -220,110 +337,17 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
 
         writeCsv(rec);
 
-        // Surface line.
-        gisO_.isPline = true;
-        int32_t kept = 0;
-        for (int32_t i = 1; i <= n; ++i) {
-            if (dropped[i]) continue;
-            ++kept;
-            gisX[kept] = rec.surfX[i];
-            gisY[kept] = rec.surfY[i];
-        }
-        gisN = kept;
-        Line l;
-        l.quoted(csvName.trimmed());
-        l << ",\"xz\",";
-        l.quoted(rec.hasNValues ? "n" : "");
-        l << ",\"\",\"\",\"\",\"\",\"\",\"\",";
-        l.fixed(12, 3, 0.0);
-        l << ",";
-        l.fixed(8, 3, 0.0);
-        l << ",";
-        l.fixed(8, 3, 0.0);
-        l << ",\"\"";
-        if (gisN >= 2) {
-            writeTo(surfLineLayer, l);
-        } else {
-            conBlank();
-            conLine("Error here.");
-        }
-        gisO_.isPline = false;
-
-        // Surface points. The ids stand in front of every record of the section.
+        writeSurfaceLine(rec, surfLineLayer);
         Line ids;
         idTexts(ids, rec);
-        gisO_.isPoint = true;
-        gisN = 1;
-        for (int32_t i = 1; i <= n; ++i) {
-            if (dropped[i]) continue;
-            Line p;
-            p << ids.view();
-            p << ",";
-            p.fixed(12, 3, rec.surfZ[i]);
-            p << ",";
-            p.fixed(8, 4, pointN[i]);
-            gisX[1] = rec.surfX[i];
-            gisY[1] = rec.surfY[i];
-            writeTo(surfPtsLayer, p);
-        }
-
-        // End points: the first and last points as read.
-        if (n >= 1) {
-            Line e;
-            e.fixed(12, 4, rec.surfZ[1]);
-            e << ",";
-            e.fixed(8, 4, 0.0);
-            e << ",";
-            e.fixed(10, 3, 0.0);
-            e << ",\"\"";
-            gisX[1] = rec.surfX[1];
-            gisY[1] = rec.surfY[1];
-            writeTo(endPtsLayer, e);
-            Line f;
-            f.fixed(12, 3, rec.surfZ[n]);
-            f << ",";
-            f.fixed(8, 4, 0.0);
-            f << ",";
-            f.fixed(10, 3, 0.0);
-            f << ",\"\"";
-            gisX[1] = rec.surfX[n];
-            gisY[1] = rec.surfY[n];
-            writeTo(endPtsLayer, f);
-        }
-
-        // Levee points, used for trimming or not.
-        if (rec.hasLevees && rec.leveeCount > 0 && n > 0) {
-            for (int32_t j = 1; j <= rec.leveeCount; ++j) {
-                Line v;
-                v << ids.view();
-                v << ",";
-                v.fixed(12, 3, rec.leveeElevation[j]);
-                v << ",";
-                v << rec.leveeName[j].trimmed();
-                gisX[1] = leveeX[j];
-                gisY[1] = leveeY[j];
-                writeTo(leveePtsLayer, v);
-            }
-        }
-        gisO_.isPoint = false;
+        writeSurfacePoints(rec, ids, surfPtsLayer);
+        writeEndPoints(rec, endPtsLayer);
+        writeLeveePoints(rec, ids, leveePtsLayer);
     } else {
         conBlank();
         conLine("Warning - No surface line for section in sdf, unable to export .csv format section.");
         conLine(lineText(rec.streamId.trimmed(), rec.reachId.trimmed(), rec.stationText.trimmed()));
     }
 
-    // Cut line, as read.
-    if (rec.hasCutLine) {
-        const int32_t m = rec.cutCount < kSdfMaxRows ? rec.cutCount : kSdfMaxRows;
-        for (int32_t i = 1; i <= m; ++i) {
-            gisX[i] = rec.cutX[i];
-            gisY[i] = rec.cutY[i];
-        }
-        gisN = m;
-        gisO_.isPline = true;
-        Line c;
-        idTexts(c, rec);
-        writeTo(cutLineLayer, c);
-        gisO_.isPline = false;
-    }
+    writeCutLine(rec, cutLineLayer);
 }

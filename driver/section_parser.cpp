@@ -1,7 +1,10 @@
 // The section phase: gathers the blocks of each cross-section into
 // sectionRecord and hands it over at the section's END: line.
-#include "text/linebuf.hpp"
+#include "driver/section_parser.hpp"
+
 #include "driver/sdf_scan.hpp"
+#include "driver/stops.hpp"
+#include "text/linebuf.hpp"
 #include "driver/section_export.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"

@@ -7,6 +7,7 @@
 
 #include "driver/sdf_scan.hpp"
 #include "driver/section_export.hpp"
+#include "driver/section_parser.hpp"
 #include "gis/gis.hpp"
 #include "text/freeformat.hpp"
 #include "text/linebuf.hpp"
