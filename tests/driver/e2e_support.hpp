@@ -1,5 +1,5 @@
-// Running the converter as a child process in a scratch folder, and the
-// byte helpers that the end-to-end tests build their expectations with.
+// Running the converter as a child process in a scratch folder, reading its
+// transcript, and the real samples with a feature count by ogrinfo.
 #pragma once
 
 #include <cstdint>
@@ -82,42 +82,6 @@ inline bool linesInOrder(const std::string& out, const std::vector<std::string>&
     for (const auto& l : all)
         if (k < want.size() && l == want[k]) ++k;
     return k == want.size();
-}
-
-inline int countLine(const std::string& out, const std::string& line) {
-    int n = 0;
-    for (const auto& l : lines(out))
-        if (l == line) ++n;
-    return n;
-}
-
-// The 100-byte header of a .shp or .shx.
-inline std::string shpHeader(int32_t lengthWords, int32_t type, double xmin, double ymin, double xmax, double ymax) {
-    return be32(9994) + zeros(20) + be32(lengthWords) + le32(1000) + le32(type) + le64(xmin) + le64(ymin) +
-           le64(xmax) + le64(ymax) + zeros(32);
-}
-
-struct Field {
-    std::string name;
-    char type;
-    int width;
-    int decimals;
-};
-
-// A .dbf header, with the three date bytes as zeros (tests blank them in the file).
-inline std::string dbfHeader(int32_t records, const std::vector<Field>& fields) {
-    int reclen = 1;
-    for (const auto& f : fields) reclen += f.width;
-    std::string h = "\x03" + zeros(3) + le32(records) + le16(32 * static_cast<int>(fields.size()) + 33) + le16(reclen) +
-                    zeros(20);
-    for (const auto& f : fields)
-        h += padded(f.name, 11, '\0') + f.type + zeros(4) + char(f.width) + char(f.decimals) + zeros(14);
-    return h + '\r';
-}
-
-inline std::string withoutDate(std::string dbf) {
-    if (dbf.size() >= 4) dbf[1] = dbf[2] = dbf[3] = 0;
-    return dbf;
 }
 
 // The real SDF samples beside the project, and a test name for each.

@@ -176,7 +176,7 @@ def main():
 
     with open(os.path.join(a.case, "args")) as fh:
         args = [line.rstrip("\n") for line in fh if line.strip()]
-    run = subprocess.run([a.exe] + args, cwd=a.work, stdin=subprocess.DEVNULL, capture_output=True, timeout=120)
+    run = subprocess.run([os.path.abspath(a.exe)] + args, cwd=a.work, stdin=subprocess.DEVNULL, capture_output=True, timeout=120)
     got = snapshot(a.work, before)
     got[TRANSCRIPT] = run.stdout
     problems = []
