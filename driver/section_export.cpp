@@ -66,6 +66,7 @@ void placeAndTrim(const SectionRecord& rec) {
     conLine("WARNING - More than 2 levee markers found.");
     if (note == TrimNote::noPair) {
         conBlank();
+        // Misspelt as the system has always printed it; scripts look for it.
         conLine("ERROR - Determing which two levee markes to use.");
     }
 }
@@ -345,6 +346,7 @@ void Process_sdf_Sections(SectionRecord& rec, int32_t surfPtsLayer, int32_t surf
         writeLeveePoints(rec, ids, leveePtsLayer);
     } else {
         conBlank();
+        // "Warning" in mixed case, and the ids run together on the next line: as printed always.
         conLine("Warning - No surface line for section in sdf, unable to export .csv format section.");
         conLine(lineText(rec.streamId.trimmed(), rec.reachId.trimmed(), rec.stationText.trimmed()));
     }

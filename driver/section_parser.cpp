@@ -134,6 +134,7 @@ void GetSdfLevees(int32_t unit, int32_t& leveeCount, Text<50>* leveeName, float*
     if (leveeCount == 0) {
         logLine("WARNING - No levee points detected. Line number: ", lineNo);
     } else if (leveeCount == 1) {
+        // "points" with one point: the wording is kept as printed always.
         logLine("WARNING - Only one levee points detected for section. Line number: ", lineNo);
     } else if (leveeCount >= 3) {
         logLine("WARNING - More than two levee points detected for section. Line number: ", lineNo);
