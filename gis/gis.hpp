@@ -18,7 +18,8 @@ int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_vie
                      std::string_view shapeLetters);
 bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& dbf, GisShpState& shp,
                  std::string_view mode, bool attributesOnly);
-// 1 MIF family, 2 SHP family, -1 a .csv; stops with ERROR 0252 otherwise.
+// The GisFamily of a name: kGisFamilyMif, kGisFamilyShp or kGisFamilyCsv (1, 2,
+// -1); stops with ERROR 0252 otherwise.
 int32_t gisFormatOfFile(std::string_view name, bool attributesOnly);
 // Finishes and closes the layer; sets gisID to 0.
 void gisCloseLayer(int32_t& gisID);
