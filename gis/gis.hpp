@@ -69,12 +69,6 @@ void gisReadRecord(int32_t gisID, GisObject& object, TextRef line);
 void gisReadObject(int32_t gisID, GisObject& object, double* X, double* Y, int32_t maxN, int32_t& N, double& cx,
                    double& cy, float& angle, float& length, bool wantCoordinates);
 
-// DBF record writers and byte helpers.
-void dbfdataline(GisDbfState& dbf);
-void dbfdatalinelarge(GisDbfState& dbf);
-int32_t i1u(int32_t value);
-int32_t i2u(int32_t value);
-
 // ---- Library reset and the record of input layers ---------------------------
 // Resets all library state. A workspaceName that is not blank opens
 // "{workspaceName}.wor", an inputLayersName that is not blank the pair

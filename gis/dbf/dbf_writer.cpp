@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "gis/gis.hpp"
 #include "gis/model/gis_internal.hpp"
 #include "gis/shp/shp_sets.hpp"
 #include "runtime/exits.hpp"
