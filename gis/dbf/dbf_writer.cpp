@@ -229,6 +229,7 @@ void dbfWriteRecord(int32_t gisID, const GisObject& o, bool large) {
         else dbfdataline(dbf);
     };
     const int32_t set = shpSetOf(o);
+    // Worded unlike the other stops of this kind, as the system prints them.
     if (set == kShpSetNone)
         gisStopMessage(large ? "Should not be here [gisWriteRecordLarge-dbf].  Please contact " REACHMAP_SUPPORT "."
                              : "Should not be here [gisWriteRecord-dbf].  Please contact " REACHMAP_SUPPORT ".");

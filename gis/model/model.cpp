@@ -30,6 +30,8 @@ double gisY[kGisMaxPoints + 1] = {};
 GisAttributes gisA_;
 Text<1000> gisRecordLine;
 Text<100000> gisRecordLineLarge;
+// "Polyline" and "PolyLineZ" differ in the case of the L: the names stand as
+// the system prints them.
 Text<16> gisShapeTypeNames[33] = {
     "Null Shape", "Point",      "Unknown",     "Polyline",  "Unknown",   "Polygon",   "Unknown",
     "Unknown",    "MultiPoint", "Unknown",     "Unknown",   "PointZ",    "Unknown",   "PolyLineZ",

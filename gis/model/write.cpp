@@ -20,6 +20,7 @@ void checkObject(int32_t gisID, GisObject& o) {
         if (o.ir[1] < 1) o.ir[1] = 1;
         if (o.nr > kGisMaxParts) {
             GisLine l;
+            // "below of": the words stand as the system prints them.
             l << "ERROR 0304 - Exceeded maximum number of polygons in region below of " << countText(kGisMaxParts);
             gisStopMessage(l.view());
         }

@@ -216,6 +216,7 @@ void shpWriteHeader(int32_t gisID) {
 void shpWriteObject(int32_t gisID, GisObject& o) {
     const int32_t set = shpSetOf(o);
     if (set == kShpSetNone)
+        // Worded unlike the other stops of this kind, as the system prints it.
         gisStopMessage("Should not be here [gisWriteObject-shp].  Please contact " REACHMAP_SUPPORT ".");
     if (set == kShpSetEvery) {
         for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k)
