@@ -91,6 +91,24 @@ void openMifLayer(int32_t gisID, std::string_view name, bool attributesOnly, std
     }
 }
 
+// The sets of an SHP layer: for output one set for each letter, for input
+// the one set that the letter names; false when that input file is missing.
+bool openShpLayer(int32_t gisID, std::string_view name, bool attributesOnly, LayerMode lm,
+                  std::string_view shapeLetters) {
+    if (lm == LayerMode::input)
+        return OpenshpFile(name, shapeLetters, gisDbf[gisID][kShpInputSet], gisShp[gisID][kShpInputSet], "I ",
+                           attributesOnly);
+    for (char c : trimmed(shapeLetters)) {
+        const int32_t set = shpSetOfLetter(c);
+        // The stop names the routine that opens a set, as the system prints
+        // it, though it is raised here.
+        if (set == kShpSetNone) gisStopNotHere("OpenshpFileType");
+        gisShp[gisID][set].shapeType = kShpSets[set].shapeType;
+        OpenshpFile(name, std::string_view(&c, 1), gisDbf[gisID][set], gisShp[gisID][set], "O ", attributesOnly);
+    }
+    return true;
+}
+
 // The end-of-file work of an output layer.
 void finishLayer(int32_t gisID) {
     switch (gisFormat[gisID]) {
@@ -209,29 +227,17 @@ int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_vie
     if (lm == LayerMode::input) trackInputLayer(id, name);
     const std::string_view unitMode = lm == LayerMode::input ? "I " : "O ";
 
-    int32_t result = id;
+    bool opened = true;
     if (format == kGisFamilyMif) {
         openMifLayer(id, name, attributesOnly, unitMode);
     } else if (format == kGisFamilyCsv) {
         gisMif[id].mifUnit = 0;
         OPENERFREE(gisMif[id].midUnit, unitMode, trimmed(name), 0);
         gisFormat[id] = kGisFamilyMif;
-    } else if (lm == LayerMode::output) {
-        for (char c : trimmed(shapeLetters)) {
-            const int32_t set = shpSetOfLetter(c);
-            // The stop names the routine that opens the set, as the system
-            // prints it, though it is raised here.
-            if (set == kShpSetNone) gisStopNotHere("OpenshpFileType");
-            gisShp[id][set].shapeType = kShpSets[set].shapeType;
-            OpenshpFile(name, std::string_view(&c, 1), gisDbf[id][set], gisShp[id][set], unitMode, attributesOnly);
-        }
     } else {
-        if (!OpenshpFile(name, shapeLetters, gisDbf[id][kShpInputSet], gisShp[id][kShpInputSet], unitMode,
-                         attributesOnly))
-            result = 0;
+        opened = openShpLayer(id, name, attributesOnly, lm, shapeLetters);
     }
-
-    if (result == 0) {
+    if (!opened) {
         gisFormat[id] = kGisFamilyNone;
         return 0;
     }
