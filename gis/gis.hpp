@@ -18,7 +18,8 @@ int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_vie
                      std::string_view shapeLetters);
 bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& dbf, GisShpState& shp,
                  std::string_view mode, bool attributesOnly);
-// 1 MIF family, 2 SHP family, -1 a .csv; stops with ERROR 0252 otherwise.
+// The GisFamily of a name: kGisFamilyMif, kGisFamilyShp or kGisFamilyCsv (1, 2,
+// -1); stops with ERROR 0252 otherwise.
 int32_t gisFormatOfFile(std::string_view name, bool attributesOnly);
 // Finishes and closes the layer; sets gisID to 0.
 void gisCloseLayer(int32_t& gisID);
@@ -67,12 +68,6 @@ void gisReadRecord(int32_t gisID, GisObject& object, TextRef line);
 // point; ir[p] is the last given point of part p.
 void gisReadObject(int32_t gisID, GisObject& object, double* X, double* Y, int32_t maxN, int32_t& N, double& cx,
                    double& cy, float& angle, float& length, bool wantCoordinates);
-
-// DBF record writers and byte helpers.
-void dbfdataline(GisDbfState& dbf);
-void dbfdatalinelarge(GisDbfState& dbf);
-int32_t i1u(int32_t value);
-int32_t i2u(int32_t value);
 
 // ---- Library reset and the record of input layers ---------------------------
 // Resets all library state. A workspaceName that is not blank opens

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "gis/gis.hpp"
 #include "gis/model/gis_internal.hpp"
+#include "gis/shp/shp_sets.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/platform.hpp"
 #include "runtime/units.hpp"
@@ -176,6 +176,7 @@ void dbfWriteHeader(const GisAttributes& a, GisDbfState& dbf) {
         dbf.decimals[i] = m.decimals;
         total += m.width;
     }
+    // The words say 32767 and the test is 65534: the system prints them so.
     if (total > 65534) gisStopNotHere("dbfTotLen>32767");
     dbf.recordLength = static_cast<int32_t>(total);
 
@@ -227,21 +228,17 @@ void dbfWriteRecord(int32_t gisID, const GisObject& o, bool large) {
         if (large) dbfdatalinelarge(dbf);
         else dbfdataline(dbf);
     };
-    if (o.isPoint) {
-        one(gisDbf[gisID][1]);
-    } else if (o.isLine || o.isPline || o.isPlineMultiple) {
-        one(gisDbf[gisID][2]);
-    } else if (o.isRegion) {
-        one(gisDbf[gisID][3]);
-    } else if (o.isText || o.isMultiPoint) {
-        one(gisDbf[gisID][1]);
-    } else if (o.isNone) {
-        for (int k = 1; k <= 3; ++k)
-            if (gisDbf[gisID][k].dbfUnit > 0) one(gisDbf[gisID][k]);
-    } else {
+    const int32_t set = shpSetOf(o);
+    // Worded unlike the other stops of this kind, as the system prints them.
+    if (set == kShpSetNone)
         gisStopMessage(large ? "Should not be here [gisWriteRecordLarge-dbf].  Please contact " REACHMAP_SUPPORT "."
                              : "Should not be here [gisWriteRecord-dbf].  Please contact " REACHMAP_SUPPORT ".");
+    if (set == kShpSetEvery) {
+        for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k)
+            if (gisDbf[gisID][k].dbfUnit > 0) one(gisDbf[gisID][k]);
+        return;
     }
+    one(gisDbf[gisID][set]);
 }
 
 void dbfFinish(GisDbfState& dbf) {

@@ -288,6 +288,7 @@ bool mifObjectType(int32_t unit, TextRef line, TextRef lineRest, GisObject& o, b
                 o.nr = countFrom(rest, k0321);
                 if (o.nr > kGisMaxParts) {
                     GisLine l;
+                    // "below of": the words stand as the system prints them.
                     l << "ERROR 0304 - Exceeded maximum number of polygons in region below of "
                       << countText(kGisMaxParts);
                     gisSetMessage(l.view());

@@ -17,6 +17,33 @@ constexpr int kGisMaxAttributes = 256;  // attributes of gisA_
 constexpr int kDbfMaxFields = 128;      // fields of one .dbf
 constexpr int kGisMaxInputLayers = 999; // tracked input layers
 
+// File families, the values of gisFormat and of gisFormatOfFile. A .csv
+// opened for its attributes alone is a family of its own only while it is
+// being opened; once open it is held as the MIF family.
+enum GisFamily : int32_t { kGisFamilyCsv = -1, kGisFamilyNone = 0, kGisFamilyMif = 1, kGisFamilyShp = 2 };
+
+// The sets of an SHP layer, the index of gisShp and gisDbf; each set is a
+// .shp, .shx, .prj and .dbf of one kind of shape. shpSetOf (gis/shp/shp_sets.hpp)
+// gives the set of an object: every open set for a null object, none for a
+// kind the writers do not know.
+enum ShpSet : int32_t {
+    kShpSetNone = -1,
+    kShpSetEvery = 0,
+    kShpSetPoints = 1,
+    kShpSetLines = 2,
+    kShpSetRegions = 3,
+};
+
+// Shape type codes of a .shp header and record, those this library writes
+// and reads; gisShapeTypeNames names the others.
+enum ShpShapeType : int32_t {
+    kShapeNull = 0,
+    kShapePoint = 1,
+    kShapePolyline = 3,
+    kShapePolygon = 5,
+    kShapeMultiPoint = 8,
+};
+
 // The object in flight: kind flags, parts and type name.
 struct GisObject {
     bool isNone = false;           // object without geometry
@@ -64,7 +91,7 @@ struct GisMifState {
     Text<24> attributeTypes[kGisMaxAttributes + 1];
 };
 
-// SHP sub-file state; sets 1 points, 2 lines, 3 polygons.
+// SHP sub-file state of one set (ShpSet).
 struct GisShpState {
     int32_t shpUnitLE = 0, shpUnitBE = 0;
     int32_t shxUnitLE = 0, shxUnitBE = 0;
@@ -93,15 +120,15 @@ struct GisDbfState {
 };
 
 // ---- The layer table, indexed by gisID 1..100 -----------------------------
-extern int32_t gisFormat[kGisMaxLayers + 1];  // 0 unusable, 1 MIF family, 2 SHP family
+extern int32_t gisFormat[kGisMaxLayers + 1];  // GisFamily: none (unusable), MIF or SHP
 extern bool gisIsOpen[kGisMaxLayers + 1];
 extern Text<1000> gisLayerName[kGisMaxLayers + 1];
 extern bool gisIsOutput[kGisMaxLayers + 1];
 extern bool gisAtEnd[kGisMaxLayers + 1];
 extern int32_t gisInputIndex[kGisMaxLayers + 1];
 extern GisMifState gisMif[kGisMaxLayers + 1];
-extern GisShpState gisShp[kGisMaxLayers + 1][4];  // sets 1..3
-extern GisDbfState gisDbf[kGisMaxLayers + 1][4];  // sets 1..3
+extern GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];  // by ShpSet, points .. regions
+extern GisDbfState gisDbf[kGisMaxLayers + 1][kShpSetRegions + 1];  // by ShpSet, points .. regions
 
 // ---- Shared buffers --------------------------------------------------------
 extern GisObject gisO_;

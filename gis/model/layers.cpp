@@ -6,6 +6,7 @@
 #include "gis/mif/mif_reader.hpp"
 #include "gis/model/gis_internal.hpp"
 #include "gis/shp/shp_reader.hpp"
+#include "gis/shp/shp_sets.hpp"
 #include "gis/shp/shp_writer.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/paths.hpp"
@@ -90,16 +91,36 @@ void openMifLayer(int32_t gisID, std::string_view name, bool attributesOnly, std
     }
 }
 
+// The sets of an SHP layer: for output one set for each letter, for input
+// the one set that the letter names; false when that input file is missing.
+bool openShpLayer(int32_t gisID, std::string_view name, bool attributesOnly, LayerMode lm,
+                  std::string_view shapeLetters) {
+    if (lm == LayerMode::input)
+        return OpenshpFile(name, shapeLetters, gisDbf[gisID][kShpInputSet], gisShp[gisID][kShpInputSet], "I ",
+                           attributesOnly);
+    for (char c : trimmed(shapeLetters)) {
+        const int32_t set = shpSetOfLetter(c);
+        // The stop names the routine that opens a set, as the system prints
+        // it, though it is raised here.
+        if (set == kShpSetNone) gisStopNotHere("OpenshpFileType");
+        gisShp[gisID][set].shapeType = kShpSets[set].shapeType;
+        OpenshpFile(name, std::string_view(&c, 1), gisDbf[gisID][set], gisShp[gisID][set], "O ", attributesOnly);
+    }
+    return true;
+}
+
 // The end-of-file work of an output layer.
 void finishLayer(int32_t gisID) {
     switch (gisFormat[gisID]) {
-        case 1: return;
-        case 2:
-            for (int k = 1; k <= 3; ++k) {
+        case kGisFamilyMif: return;
+        case kGisFamilyShp:
+            for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k) {
                 dbfFinish(gisDbf[gisID][k]);
                 shpFinishSet(gisShp[gisID][k]);
             }
             return;
+        // The stop names the header operation, in the end-of-file step too:
+        // the system prints it so.
         default: gisStopNotHere("gisWriteHeader");
     }
 }
@@ -110,10 +131,10 @@ int32_t gisFormatOfFile(std::string_view name, bool attributesOnly) {
     Text<16> ext;
     FILEEXT(ext, trimmed(name));
     std::string_view e = ext.trimmed();
-    if (e.empty() || e == ".mif" || e == ".mid") return 1;
-    if (e == ".shp") return 2;
-    if (attributesOnly && e == ".dbf") return 2;
-    if (attributesOnly && e == ".csv") return -1;
+    if (e.empty() || e == ".mif" || e == ".mid") return kGisFamilyMif;
+    if (e == ".shp") return kGisFamilyShp;
+    if (attributesOnly && e == ".dbf") return kGisFamilyShp;
+    if (attributesOnly && e == ".csv") return kGisFamilyCsv;
     GisLine l;
     l << "ERROR 0252 - " << e << " is not a supported GIS file format.";
     gisStopMessage(l.view());
@@ -197,39 +218,27 @@ int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_vie
 
     const int32_t format = gisFormatOfFile(name, attributesOnly);
     gisFormat[id] = format;
-    if (format != 1 && format != 2 && format != -1) gisStopNotHere("gisOpenLayer");
+    if (format != kGisFamilyMif && format != kGisFamilyShp && format != kGisFamilyCsv) gisStopNotHere("gisOpenLayer");
 
     const LayerMode lm = modeOf(mode);
+    // The stop names a routine of its own, as the system prints it.
     if (lm == LayerMode::other) gisStopNotHere("OpenGIS");
     gisIsOutput[id] = lm == LayerMode::output;
     if (lm == LayerMode::input) trackInputLayer(id, name);
     const std::string_view unitMode = lm == LayerMode::input ? "I " : "O ";
 
-    int32_t result = id;
-    if (format == 1) {
+    bool opened = true;
+    if (format == kGisFamilyMif) {
         openMifLayer(id, name, attributesOnly, unitMode);
-    } else if (format == -1) {
+    } else if (format == kGisFamilyCsv) {
         gisMif[id].mifUnit = 0;
         OPENERFREE(gisMif[id].midUnit, unitMode, trimmed(name), 0);
-        gisFormat[id] = 1;
-    } else if (lm == LayerMode::output) {
-        for (char c : trimmed(shapeLetters)) {
-            int set = 0, type = 0;
-            switch (c) {
-                case 'P': case 'p': set = 1; type = 1; break;
-                case 'L': case 'l': set = 2; type = 3; break;
-                case 'R': case 'r': set = 3; type = 5; break;
-                default: gisStopNotHere("OpenshpFileType");
-            }
-            gisShp[id][set].shapeType = type;
-            OpenshpFile(name, std::string_view(&c, 1), gisDbf[id][set], gisShp[id][set], unitMode, attributesOnly);
-        }
+        gisFormat[id] = kGisFamilyMif;
     } else {
-        if (!OpenshpFile(name, shapeLetters, gisDbf[id][1], gisShp[id][1], unitMode, attributesOnly)) result = 0;
+        opened = openShpLayer(id, name, attributesOnly, lm, shapeLetters);
     }
-
-    if (result == 0) {
-        gisFormat[id] = 0;
+    if (!opened) {
+        gisFormat[id] = kGisFamilyNone;
         return 0;
     }
     gisIsOpen[id] = true;
@@ -254,11 +263,11 @@ void gisCloseLayer(int32_t& gisID) {
         gisReport(1, l.view());
     }
     if (gisIsOutput[id]) finishLayer(id);
-    if (gisFormat[id] == 1) {
+    if (gisFormat[id] == kGisFamilyMif) {
         if (gisMif[id].mifUnit > 0) CLOSER(gisMif[id].mifUnit);
         if (gisMif[id].midUnit > 0) CLOSER(gisMif[id].midUnit);
-    } else if (gisFormat[id] == 2) {
-        for (int k = 1; k <= 3; ++k) {
+    } else if (gisFormat[id] == kGisFamilyShp) {
+        for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k) {
             GisShpState& s = gisShp[id][k];
             for (int32_t* u : {&s.shpUnitLE, &s.shpUnitBE, &s.shxUnitLE, &s.shxUnitBE, &s.prjUnit})
                 if (*u > 0) CLOSER(*u);
@@ -270,7 +279,7 @@ void gisCloseLayer(int32_t& gisID) {
     gisIsOpen[id] = false;
     gisAtEnd[id] = true;
     gisIsOutput[id] = false;
-    gisFormat[id] = 0;
+    gisFormat[id] = kGisFamilyNone;
     gisID = 0;
 }
 

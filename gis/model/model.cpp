@@ -19,8 +19,8 @@ bool gisIsOutput[kGisMaxLayers + 1] = {};
 bool gisAtEnd[kGisMaxLayers + 1] = {};
 int32_t gisInputIndex[kGisMaxLayers + 1] = {};
 GisMifState gisMif[kGisMaxLayers + 1];
-GisShpState gisShp[kGisMaxLayers + 1][4];
-GisDbfState gisDbf[kGisMaxLayers + 1][4];
+GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];
+GisDbfState gisDbf[kGisMaxLayers + 1][kShpSetRegions + 1];
 
 // ---- Shared buffers --------------------------------------------------------
 GisObject gisO_;
@@ -30,6 +30,8 @@ double gisY[kGisMaxPoints + 1] = {};
 GisAttributes gisA_;
 Text<1000> gisRecordLine;
 Text<100000> gisRecordLineLarge;
+// "Polyline" and "PolyLineZ" differ in the case of the L: the names stand as
+// the system prints them.
 Text<16> gisShapeTypeNames[33] = {
     "Null Shape", "Point",      "Unknown",     "Polyline",  "Unknown",   "Polygon",   "Unknown",
     "Unknown",    "MultiPoint", "Unknown",     "Unknown",   "PointZ",    "Unknown",   "PolyLineZ",
@@ -85,7 +87,7 @@ void gisStopMessage(std::string_view line) {
 // ---- Public operations of the model ----------------------------------------
 void gisInitialiseLayer(int32_t gisID) {
     if (gisBadId(gisID)) gisStopNoLayer("gisInitialiseLayer");
-    gisFormat[gisID] = 0;
+    gisFormat[gisID] = kGisFamilyNone;
     gisLayerName[gisID].clear();
     gisAtEnd[gisID] = false;
     gisIsOutput[gisID] = false;
@@ -101,7 +103,7 @@ void gisInitialiseLayer(int32_t gisID) {
     for (auto& t : m.attributeNames) t.clear();
     for (auto& t : m.attributeTypes) t.clear();
 
-    for (int k = 1; k <= 3; ++k) {
+    for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k) {
         gisShp[gisID][k] = GisShpState{};  // integers 0, box 0, 0, -1, -1
         GisDbfState& d = gisDbf[gisID][k];
         d.dbfUnit = d.recordCount = d.writtenCount = d.fieldCount = d.recordLength = 0;
@@ -154,14 +156,14 @@ void gisStopTooManyNodes(bool shp, int64_t requested, int32_t limit) {
 void gisReset() {
     runtimeReset();
     for (int32_t id = 0; id <= kGisMaxLayers; ++id) {
-        gisFormat[id] = 0;
+        gisFormat[id] = kGisFamilyNone;
         gisIsOpen[id] = false;
         gisLayerName[id].clear();
         gisIsOutput[id] = false;
         gisAtEnd[id] = false;
         gisInputIndex[id] = 0;
         gisMif[id] = GisMifState{};
-        for (int k = 0; k <= 3; ++k) {
+        for (int32_t k = 0; k <= kShpSetRegions; ++k) {
             gisShp[id][k] = GisShpState{};
             gisDbf[id][k] = GisDbfState{};
         }

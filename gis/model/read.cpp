@@ -11,6 +11,7 @@
 #include "gis/mif/mif_reader.hpp"
 #include "gis/model/gis_internal.hpp"
 #include "gis/shp/shp_reader.hpp"
+#include "gis/shp/shp_sets.hpp"
 #include "runtime/console.hpp"
 #include "runtime/units.hpp"
 #include "text/numbers.hpp"
@@ -26,7 +27,7 @@ int32_t gFieldCursor[kGisMaxLayers + 1];
 int32_t familyOf(int32_t gisID, std::string_view operation) {
     if (gisBadId(gisID)) gisStopNoLayer(operation);
     const int32_t family = gisFormat[gisID];
-    if (family != 1 && family != 2) gisStopNotHere(operation);
+    if (family != kGisFamilyMif && family != kGisFamilyShp) gisStopNotHere(operation);
     return family;
 }
 
@@ -135,15 +136,15 @@ void readCursorsReset() {
 }
 
 void gisReadHeader(int32_t gisID) {
-    if (familyOf(gisID, "gisReadHeader") == 1) {
+    if (familyOf(gisID, "gisReadHeader") == kGisFamilyMif) {
         GisMifState& m = gisMif[gisID];
         mifReadHeader(m);
         if (m.mifUnit > 0) attributesFromMif(m);
         gisAtEnd[gisID] = m.mifUnit < 1 || unitAtEnd(m.mifUnit);
     } else {
-        GisShpState& s = gisShp[gisID][1];
+        GisShpState& s = gisShp[gisID][kShpInputSet];
         readShpHeader(s, true);
-        GisDbfState& d = gisDbf[gisID][1];
+        GisDbfState& d = gisDbf[gisID][kShpInputSet];
         dbfReadHeader(d);
         d.writtenCount = 0;
         if (d.dbfUnit > 0) attributesFromDbf(d);
@@ -153,12 +154,12 @@ void gisReadHeader(int32_t gisID) {
 }
 
 int32_t gisNumberAttributes(int32_t gisID) {
-    return familyOf(gisID, "gisNumberAttributes") == 1 ? gisMif[gisID].attributeCount
-                                                         : gisDbf[gisID][1].fieldCount;
+    return familyOf(gisID, "gisNumberAttributes") == kGisFamilyMif ? gisMif[gisID].attributeCount
+                                                                   : gisDbf[gisID][kShpInputSet].fieldCount;
 }
 
 int32_t gisNumberRecords(int32_t gisID) {
-    if (familyOf(gisID, "gisNumberRecords") == 2) return gisDbf[gisID][1].recordCount;
+    if (familyOf(gisID, "gisNumberRecords") == kGisFamilyShp) return gisDbf[gisID][kShpInputSet].recordCount;
     const int32_t mid = gisMif[gisID].midUnit;
     if (mid < 1) return 0;
     static Text<kNameCap> line;
@@ -177,13 +178,13 @@ void gisGotoBeginningOfData(int32_t gisID) {
         conLine(l.view());
     }
     gisAtEnd[gisID] = false;
-    if (family == 1) {
+    if (family == kGisFamilyMif) {
         const GisMifState& m = gisMif[gisID];
         if (m.mifUnit > 0) mifFindData(m.mifUnit);
         if (m.midUnit > 0) unitRewind(m.midUnit);
     } else {
-        readShpHeader(gisShp[gisID][1], false);
-        GisDbfState& d = gisDbf[gisID][1];
+        readShpHeader(gisShp[gisID][kShpInputSet], false);
+        GisDbfState& d = gisDbf[gisID][kShpInputSet];
         dbfReadHeader(d);
         d.writtenCount = 0;
     }
@@ -192,12 +193,12 @@ void gisGotoBeginningOfData(int32_t gisID) {
 bool gisGotoBeginningOfAttributes(int32_t gisID, int32_t& count) {
     const int32_t family = familyOf(gisID, "gisGotoBeginningOfAttributes");
     gFieldCursor[gisID] = 0;
-    if (family == 2 || gisMif[gisID].mifUnit < 1) return false;
+    if (family == kGisFamilyShp || gisMif[gisID].mifUnit < 1) return false;
     return mifFindColumns(gisMif[gisID].mifUnit, gisMif[gisID].line, count, true);
 }
 
 void gisReadAttributeDefinition(int32_t gisID, TextRef name, TextRef type) {
-    if (familyOf(gisID, "gisReadAttributeDefinition") == 1) {
+    if (familyOf(gisID, "gisReadAttributeDefinition") == kGisFamilyMif) {
         GisMifState& m = gisMif[gisID];
         if (m.mifUnit < 1 || unitReadLine(m.mifUnit, m.line) != IoStatus::ok)
             gisStopMessage("ERROR 0316 - Could not read attribute definitions in .mif file");
@@ -206,7 +207,7 @@ void gisReadAttributeDefinition(int32_t gisID, TextRef name, TextRef type) {
     }
     // An SHP layer gives its .dbf fields in turn, in the words of a .mif
     // header; blanks beyond the last.
-    const GisDbfState& d = gisDbf[gisID][1];
+    const GisDbfState& d = gisDbf[gisID][kShpInputSet];
     const int32_t i = ++gFieldCursor[gisID];
     if (i > d.fieldCount || i > kDbfMaxFields) {
         gFieldCursor[gisID] = d.fieldCount;
@@ -222,20 +223,20 @@ void gisReadAttributeDefinition(int32_t gisID, TextRef name, TextRef type) {
 
 bool gisObjectType(int32_t gisID, GisObject& object) {
     bool found = false;
-    if (familyOf(gisID, "gisObjectType") == 1) {
+    if (familyOf(gisID, "gisObjectType") == kGisFamilyMif) {
         GisMifState& m = gisMif[gisID];
         found = m.mifUnit > 0 && mifObjectType(m.mifUnit, m.line, m.line2, object);
     } else {
-        found = shpObjectType(gisShp[gisID][1], object);
+        found = shpObjectType(gisShp[gisID][kShpInputSet], object);
     }
     if (!found) gisAtEnd[gisID] = true;
     return found;
 }
 
 void gisReadRecord(int32_t gisID, GisObject& object, TextRef line) {
-    if (familyOf(gisID, "gisReadRecord") == 2) {
+    if (familyOf(gisID, "gisReadRecord") == kGisFamilyShp) {
         bool atEnd = false;
-        dbfReadRecord(gisDbf[gisID][1], atEnd, line);
+        dbfReadRecord(gisDbf[gisID][kShpInputSet], atEnd, line);
         return;
     }
     const int32_t mid = gisMif[gisID].midUnit;
@@ -252,12 +253,12 @@ void gisReadObject(int32_t gisID, GisObject& o, double* X, double* Y, int32_t ma
     length = 0.0f;
     bool needsCentre = true;
     bool ok = false;
-    if (family == 1) {
+    if (family == kGisFamilyMif) {
         const GisMifState& m = gisMif[gisID];
         ok = mifObject(m.mifUnit, m.line2.view(), o, X, Y, maxN, N, needsCentre, cx, cy, wantCoordinates);
         gisAtEnd[gisID] = m.mifUnit < 1 || unitAtEnd(m.mifUnit);
     } else {
-        GisShpState& s = gisShp[gisID][1];
+        GisShpState& s = gisShp[gisID][kShpInputSet];
         ok = shpReadObject(s.shpUnitLE, s.recordShapeType, o, X, Y, maxN, N, wantCoordinates);
         gisAtEnd[gisID] = shpAtEnd(s);
     }

@@ -20,6 +20,7 @@ void checkObject(int32_t gisID, GisObject& o) {
         if (o.ir[1] < 1) o.ir[1] = 1;
         if (o.nr > kGisMaxParts) {
             GisLine l;
+            // "below of": the words stand as the system prints them.
             l << "ERROR 0304 - Exceeded maximum number of polygons in region below of " << countText(kGisMaxParts);
             gisStopMessage(l.view());
         }
@@ -40,11 +41,11 @@ void checkObject(int32_t gisID, GisObject& o) {
         }
         // A part that starts beyond the buffer would be read from outside it.
         if (o.ir[o.nr] > kGisMaxPoints + 1)
-            gisStopTooManyNodes(gisFormat[gisID] == 2, static_cast<int64_t>(o.ir[o.nr]) - 1, kGisMaxPoints);
+            gisStopTooManyNodes(gisFormat[gisID] == kGisFamilyShp, static_cast<int64_t>(o.ir[o.nr]) - 1, kGisMaxPoints);
     }
     const bool readsAllPoints = o.isMultiPoint || o.isLine || o.isPline || o.isPlineMultiple || o.isRegion;
     if (!o.isPoint && readsAllPoints && gisN > kGisMaxPoints)
-        gisStopTooManyNodes(gisFormat[gisID] == 2, gisN, kGisMaxPoints);
+        gisStopTooManyNodes(gisFormat[gisID] == kGisFamilyShp, gisN, kGisMaxPoints);
 }
 
 }  // namespace
@@ -52,8 +53,8 @@ void checkObject(int32_t gisID, GisObject& o) {
 void gisWriteHeader(int32_t gisID) {
     if (gisBadId(gisID)) gisStopNoLayer("gisWriteHeader");
     switch (gisFormat[gisID]) {
-        case 1: mifWriteHeader(gisID); return;
-        case 2: shpWriteHeader(gisID); return;
+        case kGisFamilyMif: mifWriteHeader(gisID); return;
+        case kGisFamilyShp: shpWriteHeader(gisID); return;
         default: gisStopNotHere("gisWriteHeader");
     }
 }
@@ -62,8 +63,8 @@ void gisWriteObject(int32_t gisID, GisObject& object) {
     if (gisBadId(gisID)) gisStopNoLayer("gisWriteObject");
     checkObject(gisID, object);
     switch (gisFormat[gisID]) {
-        case 1: mifWriteObject(gisID, object); return;
-        case 2: shpWriteObject(gisID, object); return;
+        case kGisFamilyMif: mifWriteObject(gisID, object); return;
+        case kGisFamilyShp: shpWriteObject(gisID, object); return;
         default: gisStopNotHere("gisWriteObject");
     }
 }
@@ -71,8 +72,8 @@ void gisWriteObject(int32_t gisID, GisObject& object) {
 void gisWriteRecord(int32_t gisID, GisObject& object) {
     if (gisBadId(gisID)) gisStopNoLayer("gisWriteRecord");
     switch (gisFormat[gisID]) {
-        case 1: mifWriteRecord(gisID, object, gisRecordLine, false); return;
-        case 2: dbfWriteRecord(gisID, object, false); return;
+        case kGisFamilyMif: mifWriteRecord(gisID, object, gisRecordLine, false); return;
+        case kGisFamilyShp: dbfWriteRecord(gisID, object, false); return;
         default: gisStopNotHere("gisWriteRecord");
     }
 }
@@ -80,8 +81,8 @@ void gisWriteRecord(int32_t gisID, GisObject& object) {
 void gisWriteRecordLarge(int32_t gisID, GisObject& object) {
     if (gisBadId(gisID)) gisStopNoLayer("gisWriteRecordLarge");
     switch (gisFormat[gisID]) {
-        case 1: mifWriteRecord(gisID, object, gisRecordLineLarge, true); return;
-        case 2: dbfWriteRecord(gisID, object, true); return;
+        case kGisFamilyMif: mifWriteRecord(gisID, object, gisRecordLineLarge, true); return;
+        case kGisFamilyShp: dbfWriteRecord(gisID, object, true); return;
         default: gisStopNotHere("gisWriteRecordLarge");
     }
 }

@@ -159,31 +159,32 @@ bool shpObjectType(GisShpState& s, GisObject& o) {
 
     int64_t needed = 2;  // words of content that the counts call for
     switch (type) {
-        case 0:
+        case kShapeNull:
             o.isNone = true;
             break;
-        case 1:
+        case kShapePoint:
             o.isPoint = true;
             needed = 10;
             break;
-        case 3:
-        case 5: {
+        case kShapePolyline:
+        case kShapePolygon: {
             unsigned char b[40];
             recordBytes(u, b, sizeof b);
             const int32_t parts = le32(b + 32);
             const int32_t points = le32(b + 36);
             if (parts >= kGisMaxParts) {
                 GisLine l;
-                l << (type == 3 ? "ERROR 0421 - Exceeded maximum number of parts in a .shp polyline.  Limit is "
-                                : "ERROR 0422 - Exceeded maximum number of regions within a .shp region.  Limit is ")
+                l << (type == kShapePolyline
+                          ? "ERROR 0421 - Exceeded maximum number of parts in a .shp polyline.  Limit is "
+                          : "ERROR 0422 - Exceeded maximum number of regions within a .shp region.  Limit is ")
                   << countText(kGisMaxParts);
                 gisStopMessage(l.view());
             }
             if (parts < 0 || points < 0) stopCorrupt(at, "its part or point count is negative");
             needed = 22 + 2 * static_cast<int64_t>(parts) + 8 * static_cast<int64_t>(points);
             if (length < needed) stopCorrupt(at, "its stated length is shorter than its counts need");
-            readParts(u, o, parts, points, type == 5, at);
-            if (type == 3) {
+            readParts(u, o, parts, points, type == kShapePolygon, at);
+            if (type == kShapePolyline) {
                 o.np = parts;
                 o.isPline = parts == 1;
                 o.isPlineMultiple = parts > 1;
@@ -193,7 +194,7 @@ bool shpObjectType(GisShpState& s, GisObject& o) {
             }
             break;
         }
-        case 8: {
+        case kShapeMultiPoint: {
             unsigned char b[36];
             recordBytes(u, b, sizeof b);
             const int32_t points = le32(b + 32);
@@ -221,15 +222,15 @@ bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& o, double* X, dou
                    bool wantCoordinates) {
     if (unit < 1) return false;
     switch (shapeType) {
-        case 0:
+        case kShapeNull:
             break;
-        case 1:
-        case 8:
+        case kShapePoint:
+        case kShapeMultiPoint:
             needSlots(1, maxN);
             readPoints(unit, X, Y, 1, 1);
             N = 1;
             break;
-        case 3: {
+        case kShapePolyline: {
             // A polyline record of no part is valid (its flags stay clear):
             // it reads as an empty polyline, with no point, however often
             // it is read.
@@ -251,7 +252,7 @@ bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& o, double* X, dou
             N = c;
             break;
         }
-        case 5: {
+        case kShapePolygon: {
             // A polygon is read whole, once.
             if (o.isWritten || o.nr < 0 || o.nr >= kGisMaxParts) gisStopMessage(kNotHere);
             const int32_t points = o.ir[o.nr + 1];

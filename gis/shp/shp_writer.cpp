@@ -9,6 +9,7 @@
 
 #include "gis/dbf/dbf_writer.hpp"
 #include "gis/model/gis_internal.hpp"
+#include "gis/shp/shp_sets.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
 #include "text/support.hpp"
@@ -96,21 +97,21 @@ void writeRecord(GisObject& o, GisShpState& s) {
     o.isWritten = false;
     // Negative point counts are written as none, so the record stays whole.
     const int32_t n = gisN > 0 ? gisN : 0;
-    int32_t type = 0, length = 0;
+    int32_t type = kShapeNull, length = 0;
     if (o.isPoint) {
-        type = 1;
+        type = kShapePoint;
         length = 10;
     } else if (o.isMultiPoint) {
-        type = 8;
+        type = kShapeMultiPoint;
         length = (40 + 16 * n) / 2;
     } else if (o.isLine || o.isPline || o.isPlineMultiple) {
-        type = 3;
+        type = kShapePolyline;
         length = (44 + 4 * o.nr + 16 * n) / 2;
     } else if (o.isRegion) {
-        type = 5;
+        type = kShapePolygon;
         length = (44 + 4 * o.nr + 16 * n) / 2;
     } else if (o.isNone) {
-        type = 0;
+        type = kShapeNull;
         length = 2;
     } else {
         gisStopMessage(
@@ -129,14 +130,14 @@ void writeRecord(GisObject& o, GisShpState& s) {
     s.fileLength += length + 4;
     o.isWritten = true;
 
-    if (type == 1) {
+    if (type == kShapePoint) {
         shp.f64(gisX[1], kLittle);
         shp.f64(gisY[1], kLittle);
         if (gisX[1] < s.xmin) s.xmin = gisX[1];
         if (gisY[1] < s.ymin) s.ymin = gisY[1];
         if (gisX[1] > s.xmax) s.xmax = gisX[1];
         if (gisY[1] > s.ymax) s.ymax = gisY[1];
-    } else if (type != 0) {
+    } else if (type != kShapeNull) {
         double xmin = std::numeric_limits<double>::max(), ymin = xmin;
         double xmax = -xmin, ymax = -xmin;
         for (int32_t i = 1; i <= n; ++i) {
@@ -149,7 +150,7 @@ void writeRecord(GisObject& o, GisShpState& s) {
         shp.f64(ymin, kLittle);
         shp.f64(xmax, kLittle);
         shp.f64(ymax, kLittle);
-        if (type == 8) {
+        if (type == kShapeMultiPoint) {
             shp.i32(n, kLittle);
         } else {
             shp.i32(o.nr, kLittle);
@@ -184,12 +185,14 @@ bool rewriteHeader(int32_t unit, int32_t fileLength, const GisShpState& s) {
     return out.ok;
 }
 
+// The words name the .dbf; the system gives them for the .shp and .shx
+// rewrite too, and they stay so.
 constexpr std::string_view kRewriteFailed = "ERROR 0413 - Rewriting .dbf file header with final information.";
 
 }  // namespace
 
 void shpWriteHeader(int32_t gisID) {
-    for (int k = 1; k <= 3; ++k) {
+    for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k) {
         GisShpState& s = gisShp[gisID][k];
         if (s.shpUnitLE <= 0) continue;
         if (s.prjUnit > 0) {
@@ -211,26 +214,19 @@ void shpWriteHeader(int32_t gisID) {
 }
 
 void shpWriteObject(int32_t gisID, GisObject& o) {
-    int set = 0;
-    if (o.isPoint) {
-        set = 1;
-    } else if (o.isLine || o.isPline || o.isPlineMultiple) {
-        set = 2;
-    } else if (o.isRegion) {
-        set = 3;
-    } else if (o.isText) {
+    const int32_t set = shpSetOf(o);
+    if (set == kShpSetNone)
+        // Worded unlike the other stops of this kind, as the system prints it.
+        gisStopMessage("Should not be here [gisWriteObject-shp].  Please contact " REACHMAP_SUPPORT ".");
+    if (set == kShpSetEvery) {
+        for (int32_t k = kShpSetPoints; k <= kShpSetRegions; ++k)
+            if (gisDbf[gisID][k].dbfUnit > 0) writeRecord(o, gisShp[gisID][k]);
+        return;
+    }
+    if (o.isText && set == kShpSetPoints && !o.isPoint) {
         // A text becomes a point at entry 1; its string and box are lost.
         o.isText = false;
         o.isPoint = true;
-        set = 1;
-    } else if (o.isMultiPoint) {
-        set = 1;
-    } else if (o.isNone) {
-        for (int k = 1; k <= 3; ++k)
-            if (gisDbf[gisID][k].dbfUnit > 0) writeRecord(o, gisShp[gisID][k]);
-        return;
-    } else {
-        gisStopMessage("Should not be here [gisWriteObject-shp].  Please contact " REACHMAP_SUPPORT ".");
     }
     writeRecord(o, gisShp[gisID][set]);
 }

@@ -3,6 +3,7 @@
 // pyshp: see independent_readers.py) and through our own reading sequence.
 #include <cmath>
 
+#include "gis/shp/shp_sets.hpp"
 #include "gis_test_util.hpp"
 #include "reading/reading_util.hpp"
 
@@ -134,4 +135,40 @@ TEST_F(EveryKind, OurReadersGiveItBack) {
     reading::expectLayer(path("all_P.shp"), {w[0], w[1], text, w[8]});
     reading::expectLayer(path("all_L.shp"), {line, w[3], w[4], w[8]});
     reading::expectLayer(path("all_R.shp"), {w[5], w[6], w[8]});
+}
+
+// The set of each kind is one choice: its object goes to the .shp and its
+// record to the .dbf of the same set, and that set's files carry its letter
+// (as the caller spelt it) and shape type: P points 1, L lines 3, R regions 5.
+TEST_F(EveryKind, ObjectAndRecordLandInTheSameSet) {
+    setAttributes({{"Kind", "Char", 20}, {"Index", "Integer", 0}, {"Value", "Float", 0}});
+    int32_t id = openWithHeader("sets.shp", "RpL");
+    int32_t count[4] = {};
+    for (std::size_t i = 0; i < samples().size(); ++i) {
+        const Sample& s = samples()[i];
+        gisClearObject(gisO_);
+        gisO_.*s.flag = true;
+        EXPECT_EQ(shpSetOf(gisO_), s.set) << s.kind;
+        writeObject(id, s.flag, s.points, record(int(i + 1)), s.starts);
+        for (int k = 1; k <= 3; ++k) {
+            count[k] += s.set == k || s.set == 0 ? 1 : 0;
+            EXPECT_EQ(gisShp[id][k].recordNumber, count[k]) << s.kind << " in the .shp of set " << k;
+            EXPECT_EQ(gisDbf[id][k].writtenCount, count[k]) << s.kind << " in the .dbf of set " << k;
+        }
+    }
+    gisCloseLayer(id);
+    const std::tuple<const char*, int, int32_t> sets[] = {{"p", 1, 1}, {"L", 2, 3}, {"R", 3, 5}};
+    for (const auto& [letter, set, type] : sets) {
+        const std::string stem = path(std::string("sets_") + letter);
+        EXPECT_EQ(readFile(stem + ".shp").substr(32, 4), le32(type)) << letter;
+        EXPECT_EQ(readFile(stem + ".shx").size(), 100u + 8u * static_cast<unsigned>(count[set])) << letter;
+        EXPECT_EQ(readFile(stem + ".dbf").substr(4, 4), le32(count[set])) << letter;
+    }
+    // The kinds that are only ever read belong to no set.
+    for (bool GisObject::*readOnly :
+         {&GisObject::isEllipse, &GisObject::isRect, &GisObject::isRoundRect, &GisObject::isArc}) {
+        gisClearObject(gisO_);
+        gisO_.*readOnly = true;
+        EXPECT_EQ(shpSetOf(gisO_), kShpSetNone);
+    }
 }
