@@ -22,3 +22,6 @@ bool conReadLine(TextRef line);
 // the file units hold so that written data stays on disk, and ends the
 // process with status 0. It closes nothing else and does not pause.
 [[noreturn]] void stopRun(std::string_view text);
+
+// Part of runtimeReset: the buffers emptied and standard input read afresh.
+void consoleReset();
