@@ -71,7 +71,8 @@ void reportUnit(std::string_view words, int32_t unit) {
     report(t.view(), false, true);
 }
 
-// Closes a unit found open on the file to be opened, and frees its entry.
+// Closes a unit found open on the file to be opened, and frees its entry. The
+// stop's two leading blanks are the system's own.
 void closeForReopen(int32_t other) {
     int idx = engine::indexOf(other);
     if (idx >= 0 && engine::closeFile(idx) != IoStatus::ok) stopRun("  Unable to close file.");
@@ -186,7 +187,8 @@ void OPENERCORE(int32_t& unit, TextRef name, std::string_view mode, std::string_
             return;
         }
 
-        // Other modes: an unknown one is reported, "IO" opens without a word.
+        // Other modes: an unknown one is reported (the two leading blanks are
+        // the system's own), "IO" opens without a word.
         if (!m.known) {
             LineBuf<200> t;
             t << "  Unrecognised file type " << std::string_view(m.code, 2) << " file "
