@@ -23,5 +23,6 @@ bool conReadLine(TextRef line);
 // process with status 0. It closes nothing else and does not pause.
 [[noreturn]] void stopRun(std::string_view text);
 
-// Part of runtimeReset: the buffers emptied and standard input read afresh.
+// Part of runtimeReset, after a conFlush: the buffers emptied (pending output
+// dropped) and standard input read afresh.
 void consoleReset();
