@@ -1,3 +1,5 @@
+// The console: buffered standard output, standard input read in blocks, and
+// the direct stop on the error stream.
 #include "runtime/console.hpp"
 
 #include <unistd.h>
@@ -6,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "runtime/exits.hpp"
 #include "runtime/internal.hpp"
-#include "runtime/units.hpp"
+#include "runtime/runend.hpp"
+#include "runtime/unit_io.hpp"
 
 namespace {
 

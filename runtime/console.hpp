@@ -22,3 +22,7 @@ bool conReadLine(TextRef line);
 // the file units hold so that written data stays on disk, and ends the
 // process with status 0. It closes nothing else and does not pause.
 [[noreturn]] void stopRun(std::string_view text);
+
+// Part of runtimeReset, after a conFlush: the buffers emptied (pending output
+// dropped) and standard input read afresh.
+void consoleReset();

@@ -1,19 +1,19 @@
+// EXITS, PAUSER and the pauses and stops on the console. They stand above
+// the buffered file engine, whose units EXITS closes, and below the unit
+// tables, whose open loop ends the run through them.
 #include "runtime/exits.hpp"
 
-#include <cstdlib>
-
 #include "runtime/console.hpp"
-#include "runtime/internal.hpp"
-#include "runtime/messages.hpp"
 #include "runtime/platform.hpp"
-#include "runtime/units.hpp"
+#include "runtime/settings.hpp"
+#include "runtime/unit_engine.hpp"
+#include "runtime/unit_io.hpp"
+#include "text/linebuf.hpp"
 
 namespace {
 
 // A few bytes are enough: the answer to a pause is only waited for.
 Text<16> answer;
-
-RunEndHandler runEndHandler = nullptr;
 
 }  // namespace
 
@@ -42,26 +42,6 @@ void EXITS() {
     conFlush();
     unitFlushAll();
     endRun();
-}
-
-RunEndHandler setRunEndHandler(RunEndHandler handler) {
-    RunEndHandler before = runEndHandler;
-    runEndHandler = handler;
-    return before;
-}
-
-void endRun() {
-    if (runEndHandler != nullptr) runEndHandler();
-    std::exit(0);
-}
-
-void runtimeReset() {
-    conFlush();
-    unitsReset();
-    consoleReset();
-    fileUnitSettings = FileUnitSettings{};
-    for (bool& f : setFlagsTable) f = false;
-    DMESSAGES = DMessageRecord{};
 }
 
 void PAUSER() {

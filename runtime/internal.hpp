@@ -1,17 +1,10 @@
-// Pieces shared by the runtime's own sources; not for other subsystems.
+// Pieces shared by the runtime's own sources at its lowest level; not for
+// other subsystems. The console and the unit input read lines with it.
 #pragma once
 
-#include "text/linebuf.hpp"
+#include <cstddef>
 
-// Closes every open file unit (slots first, then the pool) without a report,
-// ignoring errors and leaving the opened flags alone. Used by EXITS.
-void unitCloseAllQuietly();
-
-// The parts of runtimeReset: every unit closed (pending output written) and
-// the tables as in a fresh process; the console's buffers emptied and
-// standard input read afresh.
-void unitsReset();
-void consoleReset();
+#include "text/text.hpp"
 
 // One line gathered from buffered input that may arrive in pieces: the bytes
 // up to the line end, cut at the text's capacity, a CR in front of the LF

@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "runtime/console.hpp"
-#include "runtime/internal.hpp"
-#include "runtime/units.hpp"
+#include "runtime/unit_io.hpp"
 #include "text/freeformat.hpp"
+#include "text/linebuf.hpp"
 #include "text/strings.hpp"
 
 DMessageRecord DMESSAGES;

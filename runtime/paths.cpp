@@ -209,3 +209,16 @@ void CLEANPATH(TextRef path) {
     work.n = w;
     path.assign(work.view());
 }
+
+const char* nativePath(std::string_view name) {
+    constexpr std::size_t kNativeCap = 4096;
+    static char native[kNativeCap + 1];
+    std::size_t a = 0;
+    while (a < name.size() && name[a] == ' ') ++a;
+    std::size_t b = name.size();
+    while (b > a && name[b - 1] == ' ') --b;
+    std::size_t n = b - a < kNativeCap ? b - a : kNativeCap;
+    for (std::size_t i = 0; i < n; ++i) native[i] = name[a + i] == '\\' ? '/' : name[a + i];
+    native[n] = '\0';
+    return native;
+}

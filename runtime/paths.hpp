@@ -20,3 +20,7 @@ void ADDFOLDER(TextRef out, std::string_view folder, std::string_view name);
 void REMOVEDOTDOT(TextRef out, std::string_view path);
 // Leading blanks and doubled separators removed, in place.
 void CLEANPATH(TextRef path);
+
+// The name as the operating system takes it: blanks on both sides dropped,
+// '\' turned into '/', at most 4096 bytes. One static buffer.
+const char* nativePath(std::string_view name);

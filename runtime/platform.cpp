@@ -13,34 +13,16 @@
 #include <vector>
 
 #include "runtime/console.hpp"
-#include "runtime/internal.hpp"
+#include "runtime/paths.hpp"
+#include "text/linebuf.hpp"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kNativeCap = 4096;
-char nativeBuf[kNativeCap + 1];
-
-std::string_view stripBlanks(std::string_view s) {
-    std::size_t a = 0;
-    while (a < s.size() && s[a] == ' ') ++a;
-    std::size_t b = s.size();
-    while (b > a && s[b - 1] == ' ') --b;
-    return s.substr(a, b - a);
-}
-
 std::string nativeString(std::string_view name) { return std::string(nativePath(name)); }
 
 }  // namespace
-
-const char* nativePath(std::string_view name) {
-    std::string_view s = stripBlanks(name);
-    std::size_t n = s.size() < kNativeCap ? s.size() : kNativeCap;
-    for (std::size_t i = 0; i < n; ++i) nativeBuf[i] = s[i] == '\\' ? '/' : s[i];
-    nativeBuf[n] = '\0';
-    return nativeBuf;
-}
 
 bool platformFileExists(std::string_view name) {
     const char* p = nativePath(name);
@@ -182,8 +164,9 @@ BoxAnswer platformMessageBox(std::string_view text, std::string_view title, BoxB
             return endAnswer;
         }
         if (buttons == BoxButtons::ok) return BoxAnswer::ok;
-        std::string_view a = stripBlanks(line.view());
-        char c = a.empty() ? ' ' : a[0];
+        std::string_view a = line.view();
+        std::size_t first = a.find_first_not_of(' ');
+        char c = first == std::string_view::npos ? ' ' : a[first];
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
         switch (buttons) {
             case BoxButtons::retryCancel:

@@ -1,16 +1,13 @@
 // The operating-system layer: what the system expects of the platform's file
 // system, command interpreter, dialogue boxes and clock, written for this
-// machine. File names reach the operating system with '\' turned into '/'.
+// machine. File names reach the operating system with '\' turned into '/'
+// (nativePath, in paths.hpp).
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 
 #include "text/text.hpp"
-
-// The name as the operating system takes it: trimmed, '\' turned into '/'.
-// One static buffer.
-const char* nativePath(std::string_view name);
 
 // The name exists and is not a folder. A blank name does not exist.
 bool platformFileExists(std::string_view name);

@@ -11,37 +11,22 @@
 //   "A " append text, create            "AB" append binary, create
 //   "S " keep text, create (no cut)     "SB" keep binary, create (no cut)
 //   "SE" keep binary big-endian, create "IO" read and write text, keep, create
-// Formatted text lines are written with CR LF and read without their line
-// end. Unformatted records carry a 4-byte length before and after them.
-// Big-endian units store every number of unitWrite*/unitRead* big-endian.
-// One file may be open on several units at once; each has its own position,
-// and what one unit writes is seen by the others.
+//
+// The settings of the manager are in settings.hpp, the reading and writing
+// of open units in unit_io.hpp; both come with this header.
+//
+// Inside the runtime this is the header of the unit tables (units.cpp), the
+// dialogues of the open loop (dialogues.cpp) and the console helpers
+// (console_helpers.cpp). The layers of the runtime are listed in
+// runtime/CMakeLists.txt.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "runtime/settings.hpp"
+#include "runtime/unit_io.hpp"
 #include "text/text.hpp"
-
-// Settings of the manager, with the values that FILEINIT gives them.
-struct FileUnitSettings {
-    bool messageBoxMode = false;      // talk through dialogue boxes
-    Text<100> applicationName;        // first word of every dialogue
-    Text<100> runName;                // second word of dialogue titles
-    int32_t logUnit = 0;              // reports go here too when above 0
-    char inputDrive = ' ';            // replaces the drive letter of input files
-    char outputDrive = ' ';           // replaces the drive letter of output files
-    bool createFoldersWithoutAsking = false;
-    bool pauseOnPrematureExit = true;
-    bool leaveFilesOpenAtExit = false;
-    bool copyMode = false;            // mirror inputs, redirect outputs
-    Text<1000> copyRoot;
-    bool copyNamedFileOnly = false;
-    Text<1000> lastCopyName;
-    int32_t blockSize = 0;
-};
-extern FileUnitSettings fileUnitSettings;
 
 void FILEINIT(int32_t first);
 
@@ -78,45 +63,9 @@ int32_t LENFIRST(TextRef text, int32_t capacity);
 void SETFLAGS();
 extern bool setFlagsTable[26];
 
-// ---------------------------------------------------------------------------
-// Unit input and output. Every routine takes a unit given out above. A unit
-// that is not open gives IoStatus::error.
-
-enum class IoStatus { ok, end, error };
-
-// The unit on which the named file is open in this process, 0 when none.
-int32_t unitOpenOn(std::string_view name);
-bool unitIsOpen(int32_t unit);
-
-// Formatted text.
-IoStatus unitReadLine(int32_t unit, TextRef line);        // one record, cut to capacity
-IoStatus unitWriteLine(int32_t unit, std::string_view s);  // s and CR LF
-IoStatus unitWriteText(int32_t unit, std::string_view s);  // s alone, no line end
-bool unitAtEnd(int32_t unit);                              // nothing left to read
-IoStatus unitBackspace(int32_t unit);                      // back to the start of the last record read
-
-// Unformatted records.
-IoStatus unitWriteRecord(int32_t unit, const void* bytes, std::size_t n);
-IoStatus unitReadRecord(int32_t unit, void* bytes, std::size_t capacity, std::size_t& n);
-
-// Binary bytes and numbers. The plain forms use the unit's own byte order;
-// the "As" forms state it.
-IoStatus unitWriteBytes(int32_t unit, const void* bytes, std::size_t n);
-IoStatus unitReadBytes(int32_t unit, void* bytes, std::size_t n);
-IoStatus unitWriteI32(int32_t unit, int32_t v);
-IoStatus unitWriteF64(int32_t unit, double v);
-IoStatus unitReadI32(int32_t unit, int32_t& v);
-IoStatus unitReadF64(int32_t unit, double& v);
-IoStatus unitWriteI32As(int32_t unit, int32_t v, bool bigEndian);
-IoStatus unitWriteF64As(int32_t unit, double v, bool bigEndian);
-IoStatus unitReadI32As(int32_t unit, int32_t& v, bool bigEndian);
-IoStatus unitReadF64As(int32_t unit, double& v, bool bigEndian);
-
-// Position, in bytes from the start of the file.
-IoStatus unitRewind(int32_t unit);
-IoStatus unitSeek(int32_t unit, int64_t offset);
-int64_t unitTell(int32_t unit);
-IoStatus unitFlush(int32_t unit);
-
-// Flushes the pending output of every open unit (used by direct stops).
-void unitFlushAll();
+// Brings the runtime back to the state of a fresh process: every file unit
+// closed (pending output written first) and the tables and settings as
+// before FILEINIT, the console's buffers emptied (pending output written
+// first) and standard input read afresh, the flags and the message record
+// cleared. The installed run-end handler stays.
+void runtimeReset();

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "helpers.hpp"
+#include "runtime/paths.hpp"
 #include "runtime/platform.hpp"
 
 TEST(Platform, FilesFoldersAndFullPaths) {
