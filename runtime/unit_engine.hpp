@@ -18,7 +18,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "runtime/unit_io.hpp"
+#include "runtime/io_status.hpp"
 
 namespace engine {
 

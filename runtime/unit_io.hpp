@@ -14,9 +14,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "runtime/io_status.hpp"
 #include "text/text.hpp"
-
-enum class IoStatus { ok, end, error };
 
 // The unit on which the named file is open in this process, 0 when none.
 int32_t unitOpenOn(std::string_view name);
