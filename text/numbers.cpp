@@ -98,7 +98,7 @@ constexpr uint64_t kPow10All[] = {1ull,
 
 // Decimal digits of x (1 for 0).
 int digitCount(uint64_t x) {
-    const int t = (std::bit_width(x) * 1233) >> 12;  // about log10(x)
+    const int t = static_cast<int>((std::bit_width(x) * 1233) >> 12);  // about log10(x)
     return t - (x < kPow10All[t] ? 1 : 0) + 1;
 }
 

@@ -237,9 +237,9 @@ struct ByteClasses {
     unsigned char c[256] = {};
     constexpr ByteClasses() {
         for (int i = '0'; i <= '9'; ++i) c[i] = kNumber;
-        for (unsigned char b : {'.', '-', 'e', 'E'}) c[b] = kNumber;
-        for (unsigned char b : {'!', '#'}) c[b] = kComment;
-        for (unsigned char b : {' ', '\t'}) c[b] = kSpace;
+        for (char b : {'.', '-', 'e', 'E'}) c[static_cast<unsigned char>(b)] = kNumber;
+        for (char b : {'!', '#'}) c[static_cast<unsigned char>(b)] = kComment;
+        for (char b : {' ', '\t'}) c[static_cast<unsigned char>(b)] = kSpace;
         c[static_cast<unsigned char>(',')] = kComma;
     }
 };

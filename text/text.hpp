@@ -94,7 +94,7 @@ struct Text {
     static constexpr int capacity = N;
 
     int hi = 0;
-    char b[N];
+    char b[static_cast<std::size_t>(N)];
 
     Text() { blankFill(b, N); }
     Text(std::string_view s) : Text() { ref().assign(s); }
