@@ -184,27 +184,45 @@ bool SdfReader::next(SdfLine& line) {
 CopyWriter::~CopyWriter() {
     if (fd_ < 0) return;
     ::close(fd_);
-    ::unlink(temp_.c_str());
+    if (!temp_.empty()) ::unlink(temp_.c_str());
 }
 
 bool CopyWriter::open(const std::string& path, std::string& error) {
     path_ = path;
-    const fs::path target(path);
+    buf_.resize(kChunk);
+    error = "cannot write " + path;
+    struct stat st {};
+    const bool exists = ::stat(path.c_str(), &st) == 0;
+    // A device or a pipe (-o /dev/stdout) is written to directly.
+    if (exists && !S_ISREG(st.st_mode)) {
+        fd_ = ::open(path.c_str(), O_WRONLY | O_TRUNC);
+        return fd_ >= 0;
+    }
+    // A file is written beside the file that the name leads to (through a
+    // link, too) and renamed onto it; it keeps that file's permissions, or
+    // gets those of a new file.
+    std::error_code ec;
+    const fs::path target = exists ? fs::canonical(path, ec) : fs::path(path);
+    if (ec) return false;
     const fs::path dir = target.has_parent_path() ? target.parent_path() : fs::path(".");
     std::string name = target.filename().string();
     name.insert(name.begin(), '.');
     name += ".sdftidy-XXXXXX";
     temp_ = (dir / name).string();
+    target_ = target.string();
     fd_ = ::mkstemp(temp_.data());
     if (fd_ < 0) {
-        error = "cannot write " + path;
+        temp_.clear();
         return false;
     }
-    // The copy gets the permissions a newly created file gets.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(fd_, 0666 & ~mask);
-    buf_.resize(kChunk);
+    mode_t mode = st.st_mode & 07777;
+    if (!exists) {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        mode = 0666 & ~mask;
+    }
+    ::fchmod(fd_, mode);
+    error.clear();
     return true;
 }
 
@@ -240,7 +258,12 @@ bool CopyWriter::commit(std::string& error) {
     }
     const int fd = fd_;
     fd_ = -1;
-    if (::close(fd) != 0 || std::rename(temp_.c_str(), path_.c_str()) != 0) {
+    const bool closed = ::close(fd) == 0;
+    if (temp_.empty()) {
+        if (!closed) error = "cannot write " + path_;
+        return closed;
+    }
+    if (!closed || std::rename(temp_.c_str(), target_.c_str()) != 0) {
         ::unlink(temp_.c_str());
         error = "cannot write " + path_;
         return false;

@@ -60,7 +60,8 @@ private:
 
 // The repaired copy, written through a buffer to a temporary file beside its
 // final name and renamed to it by commit(); a run that fails before that
-// leaves no half-written copy under the final name. Throws TidyIoError when a
+// leaves no half-written copy under the final name. A device or a pipe is
+// written directly. Throws TidyIoError when a
 // write fails.
 class CopyWriter {
 public:
@@ -78,7 +79,9 @@ public:
 private:
     void put(std::string_view s);
     void flush();
-    std::string path_, temp_;
+    std::string path_;    // the name given
+    std::string target_;  // the file it leads to
+    std::string temp_;    // the temporary file beside it; empty when written directly
     int fd_ = -1;
     std::vector<char> buf_;
     std::size_t len_ = 0;
