@@ -10,7 +10,6 @@
 // exit routine, which always ends with 0.
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -62,28 +61,6 @@ std::string outcomeJson(const Outcome& o) {
            (o.quoted.empty() ? "" : ",\"quoted\":" + json(o.quoted)) + "}";
 }
 
-bool writeCopy(const std::string& path, const TidyResult& r, const SdfDoc& doc, std::string& error) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) {
-        error = "cannot write " + path;
-        return false;
-    }
-    const std::string_view eol = doc.eol;
-    if (!r.changed) out.write(doc.bytes.data(), static_cast<std::streamsize>(doc.bytes.size()));
-    for (std::size_t i = 0; i < r.repaired.size(); ++i) {
-        const std::string_view raw = r.repaired[i].raw;
-        out.write(raw.data(), static_cast<std::streamsize>(raw.size()));
-        // A last line without a line end that a repair moved up gets one.
-        if (i + 1 < r.repaired.size() && lineEnd(raw).empty()) out.write(eol.data(), static_cast<std::streamsize>(eol.size()));
-    }
-    out.close();
-    if (!out) {
-        error = "cannot write " + path;
-        return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -122,20 +99,32 @@ int main(int argc, char** argv) {
 
     int status = 0;
     for (const std::string& file : files) {
-        SdfDoc doc;
         std::string error;
-        if (!loadSdf(file, doc, error)) return fail(error);
-        const TidyResult r = tidySdf(doc, options);
-        if (!output.empty() && !writeCopy(output, r, doc, error)) return fail(error);
-        if (!r.findings.empty() || !r.before.finished) status = 1;
-
-        const LayerCounts& c = r.counts;
-        if (asJson) {
-            for (const Finding& f : r.findings)
+        if (!checkSdfFile(file, error)) return fail(error);
+        CopyWriter copy;
+        if (!output.empty() && !copy.open(output, error)) return fail(error);
+        // Findings are printed as the walk finds them, ahead of the summary.
+        const auto report = [&](const Finding& f) {
+            if (asJson)
                 std::cout << "{\"file\":" << json(file) << ",\"line\":" << f.line << ",\"kind\":" << json(kindName(f.kind))
                           << ",\"effect\":" << json(f.effect) << ",\"repair\":" << (f.repair.empty() ? "null" : json(f.repair))
                           << "}\n";
-            std::cout << "{\"file\":" << json(file) << ",\"summary\":{\"findings\":" << r.findings.size()
+            else
+                std::cout << file << ":" << f.line << ": " << kindName(f.kind) << ": " << f.effect
+                          << (f.repair.empty() ? "; no repair" : "; repair: " + f.repair) << "\n";
+        };
+        TidyResult r;
+        try {
+            r = tidySdf(file, options, output.empty() ? nullptr : &copy, report);
+        } catch (const TidyIoError& e) {
+            return fail(e.what());
+        }
+        if (!output.empty() && !copy.commit(error)) return fail(error);
+        if (r.findings > 0 || !r.before.finished) status = 1;
+
+        const LayerCounts& c = r.counts;
+        if (asJson) {
+            std::cout << "{\"file\":" << json(file) << ",\"summary\":{\"findings\":" << r.findings
                       << ",\"before\":" << outcomeJson(r.before) << ",\"after\":" << outcomeJson(r.after)
                       << ",\"reaches\":" << c.reaches << ",\"sections\":" << c.sections << ",\"streams\":" << c.reaches
                       << ",\"surf_pts\":" << c.surfPts << ",\"end_pts\":" << c.endPts << ",\"surf_line\":" << c.surfLine
@@ -144,10 +133,7 @@ int main(int argc, char** argv) {
                       << ",\"written\":" << (output.empty() ? "null" : json(output)) << "}}\n";
             continue;
         }
-        for (const Finding& f : r.findings)
-            std::cout << file << ":" << f.line << ": " << kindName(f.kind) << ": " << f.effect
-                      << (f.repair.empty() ? "; no repair" : "; repair: " + f.repair) << "\n";
-        std::cout << file << ": " << r.findings.size() << " finding" << (r.findings.size() == 1 ? "" : "s") << "; as it is, "
+        std::cout << file << ": " << r.findings << " finding" << (r.findings == 1 ? "" : "s") << "; as it is, "
                   << outcomeText(r.before) << "\n";
         std::cout << file << ": " << (r.changed ? "after repair, " : "") << outcomeText(r.after) << ": " << c.reaches
                   << " reaches, " << c.sections << " sections; streams " << c.reaches << ", surf_pts " << c.surfPts

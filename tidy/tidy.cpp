@@ -1,7 +1,7 @@
 #include "tidy/tidy.hpp"
 
+#include <algorithm>
 #include <cmath>
-#include <deque>
 #include <memory>
 #include <unordered_map>
 
@@ -57,54 +57,105 @@ bool stars(int width, int decimals, double v) {
 
 std::string quoteText(std::string_view s) { return "\"" + std::string(s) + "\""; }
 
+// The converter's run over a file, fed one line at a time. Predicting, it
+// stops where the converter stops. Repairing, it reports each finding, changes
+// the lines it can repair and walks on; the lines it then reads are the
+// repaired copy's, so its first stop is the converter's stop on the copy.
 class Sim {
 public:
-    Sim(const std::vector<SdfLine>& in, bool repair, const TidyOptions& opt) : in_(in), repair_(repair), opt_(opt) {}
+    Sim(SdfReader& in, bool repair, const TidyOptions& opt, CopyWriter* copy,
+        const std::function<void(const Finding&)>* report)
+        : in_(in), repair_(repair), opt_(opt), copy_(copy), report_(report) {}
 
     void run() {
         streamPhase();
         if (!stopped_) sectionPhase();
         if (repair_) {
-            while (!atEnd()) out.push_back(take());
+            while (!atEnd()) {
+                takeInto(cur_);
+                keep();
+            }
+            if (holding_ && copy_ != nullptr) copy_->write(held_, in_.eol());
+            if (!outcome.finished) counts = stopCounts_;
         }
     }
 
-    Outcome outcome;
-    LayerCounts counts;
-    std::vector<Finding> findings;
-    std::vector<SdfLine> out;
+    Outcome outcome;     // the first stop; repairing, the one on the repaired copy
+    LayerCounts counts;  // what the run writes up to its stop
+    int64_t findings = 0;
     int64_t droppedRows = 0;
     bool changed = false;
-    std::deque<std::string> owned;  // bytes of lines that a repair changed
 
 private:
-    const std::vector<SdfLine>& in_;
-    std::size_t next_ = 0;
-    std::deque<SdfLine> pending_;
+    SdfReader& in_;
+    // Lines read ahead of the current one, and lines that repairs put back in
+    // front of the rest: a ring whose slots keep their storage. It holds at
+    // most a section head's look-ahead.
+    std::vector<SdfLine> ring_ = std::vector<SdfLine>(16);
+    std::size_t head_ = 0, size_ = 0;
+    bool inDone_ = false;
     bool repair_;
     TidyOptions opt_;
+    CopyWriter* copy_;
+    const std::function<void(const Finding&)>* report_;
     int32_t lineNo_ = 0;  // lines read, as the converter counts them
     SdfLine cur_;
+    SdfLine held_;  // the copy's last line, which a repair may still drop or change
+    bool holding_ = false;
     bool stopped_ = false;
+    LayerCounts stopCounts_;
+    // One entry per section with a .csv (its name, not its lines): the only
+    // memory that grows with the file, and only with its number of sections.
     std::unordered_map<std::string, int32_t> csvNames_;
     float chainage_[kSdfMaxRows + 1];
     float scaled_[kSdfMaxLevees + 1];
     bool dropped_[kSdfMaxRows + 1];
     int32_t sectionLine_ = 0;  // input line of the current section head
 
-    // ---- the line source: the input, with what repairs put in front of it
-    bool atEnd() const { return pending_.empty() && next_ >= in_.size(); }
-    SdfLine take() {
-        if (!pending_.empty()) {
-            SdfLine l = pending_.front();
-            pending_.pop_front();
-            return l;
-        }
-        return in_[next_++];
+    // ---- the line source: the file, with what repairs put in front of it
+    SdfLine& slot(std::size_t k) { return ring_[(head_ + k) % ring_.size()]; }
+    void grow() {
+        std::vector<SdfLine> r(ring_.size() * 2);
+        for (std::size_t k = 0; k < size_; ++k) std::swap(r[k], slot(k));
+        ring_.swap(r);
+        head_ = 0;
     }
     const SdfLine* peek(std::size_t k) {
-        while (pending_.size() <= k && next_ < in_.size()) pending_.push_back(in_[next_++]);
-        return k < pending_.size() ? &pending_[k] : nullptr;
+        while (size_ <= k && !inDone_) {
+            if (size_ == ring_.size()) grow();
+            if (!in_.next(slot(size_))) {
+                inDone_ = true;
+                break;
+            }
+            ++size_;
+        }
+        return k < size_ ? &slot(k) : nullptr;
+    }
+    bool atEnd() { return peek(0) == nullptr; }
+    // The next line into `l`; the slot keeps the storage `l` had.
+    void takeInto(SdfLine& l) {
+        peek(0);
+        std::swap(l, slot(0));
+        head_ = (head_ + 1) % ring_.size();
+        --size_;
+    }
+    SdfLine take() {
+        SdfLine l;
+        takeInto(l);
+        return l;
+    }
+    void putBack(const SdfLine& l) {
+        if (size_ == ring_.size()) grow();
+        head_ = (head_ + ring_.size() - 1) % ring_.size();
+        slot(0) = l;
+        ++size_;
+    }
+    // The current line goes into the copy; the one before it is final now.
+    void keep() {
+        if (copy_ == nullptr) return;
+        if (holding_) copy_->write(held_, in_.eol());
+        held_ = cur_;
+        holding_ = true;
     }
 
     // The converter's read of the next line into textLine; false (and the
@@ -117,27 +168,28 @@ private:
             stopped_ = true;  // nothing is left to read in either mode
             return false;
         }
-        cur_ = take();
+        takeInto(cur_);
         textLine = cur_.seen;
-        if (repair_) out.push_back(cur_);
+        if (repair_) keep();
         return true;
     }
     // Repairs: the line just read leaves the copy, or goes back to be read
     // again behind a blank line.
     void dropCurrent() {
-        out.pop_back();
+        holding_ = false;
         --lineNo_;
         changed = true;
     }
     void blankBeforeCurrent() {
         dropCurrent();
-        pending_.push_front(cur_);
-        std::string_view e = lineEnd(cur_.raw);
-        pending_.push_front({{}, e.empty() ? std::string_view("\n") : e, 0});
+        putBack(cur_);
+        const std::string_view e = lineEnd(cur_.raw);
+        putBack({{}, std::string(e.empty() ? std::string_view("\n") : e), 0});
     }
 
     void finding(Kind k, std::string effect, std::string repair = {}, int32_t line = -1) {
-        findings.push_back({line >= 0 ? line : cur_.number, k, std::move(effect), std::move(repair)});
+        ++findings;
+        if (report_ != nullptr) (*report_)({line >= 0 ? line : cur_.number, k, std::move(effect), std::move(repair)});
     }
 
     // A stop of the converter. Predicting, the run ends here; repairing, it
@@ -148,6 +200,10 @@ private:
             outcome = {false, lineNo_, std::string(message), std::string(quoted)};
             stopped_ = true;
             return;
+        }
+        if (outcome.finished) {
+            outcome = {false, lineNo_, std::string(message), std::string(quoted)};
+            stopCounts_ = counts;
         }
         finding(Kind::badRow, std::string(what.empty() ? "" : std::string(what) + ": ") + "stops the run with " +
                                   quoteText(message));
@@ -253,7 +309,7 @@ private:
                 ++moved;
             }
         }
-        for (auto it = order.rbegin(); it != order.rend(); ++it) pending_.push_front(*it);
+        for (auto it = order.rbegin(); it != order.rend(); ++it) putBack(*it);
         changed = true;
         std::string repair;
         if (blanks > 0) repair = "remove " + std::to_string(blanks) + " blank line" + (blanks > 1 ? "s" : "");
@@ -280,21 +336,16 @@ private:
             // Each such byte becomes '_' behind the line's first colon, and so
             // does each dot of a run of dots; the line keeps its length and its
             // line end.
-            const std::string_view src = cur_.raw;
+            const std::string src = cur_.raw;
             const std::size_t colon = src.find(':');
             const std::size_t endAt = src.size() - lineEnd(src).size();
-            owned.emplace_back(src);
-            std::string& raw = owned.back();
             for (std::size_t i = colon + 1; i < endAt; ++i) {
                 const unsigned char c = static_cast<unsigned char>(src[i]);
                 const bool dots = c == '.' && ((i + 1 < endAt && src[i + 1] == '.') || (i > colon + 1 && src[i - 1] == '.'));
-                if (c < 0x20 || c == 0x7f || c == '/' || c == '\\' || c == '"' || c == ',' || dots) raw[i] = '_';
+                if (c < 0x20 || c == 0x7f || c == '/' || c == '\\' || c == '"' || c == ',' || dots) cur_.raw[i] = '_';
             }
-            owned.emplace_back(raw.substr(0, cur_.seen.size()));
-            const std::string& seen = owned.back();
-            cur_.raw = owned[owned.size() - 2];
-            cur_.seen = seen;
-            out.back() = cur_;
+            cur_.seen = cur_.raw.substr(0, cur_.seen.size());
+            if (copy_ != nullptr) held_ = cur_;
             textLine = cur_.seen;
             changed = true;
             finding(unsafe ? Kind::unsafeName : Kind::quoteInId, idEffect(v, unsafe),
@@ -672,32 +723,29 @@ void freshRecord() {
 
 }  // namespace
 
-Outcome predict(const std::vector<SdfLine>& lines, const TidyOptions& options, LayerCounts* counts) {
-    freshRecord();
-    auto sim = std::make_unique<Sim>(lines, false, options);
-    sim->run();
-    if (counts != nullptr) *counts = sim->counts;
-    return sim->outcome;
-}
-
-TidyResult tidySdf(const SdfDoc& doc, const TidyOptions& options) {
+TidyResult tidySdf(const std::string& path, const TidyOptions& options, CopyWriter* copy,
+                   const std::function<void(const Finding&)>& report) {
     TidyResult r;
-    freshRecord();
-    auto sim = std::make_unique<Sim>(doc.lines, true, options);
-    sim->run();
-    r.findings = std::move(sim->findings);
-    r.droppedRows = sim->droppedRows;
-    r.changed = sim->changed;
-    r.counts = sim->counts;
-    // With nothing found, the walk was the converter's run itself.
-    if (r.findings.empty()) return r;
-    r.before = predict(doc.lines, options);
+    {
+        SdfReader in(path);
+        freshRecord();
+        auto sim = std::make_unique<Sim>(in, true, options, copy, &report);
+        sim->run();
+        r.findings = sim->findings;
+        r.droppedRows = sim->droppedRows;
+        r.changed = sim->changed;
+        r.counts = sim->counts;
+        r.after = sim->outcome;
+    }
+    // Unchanged, the copy is the file; changed, the file is read once more,
+    // as it is, up to where the converter stops on it.
+    r.before = r.after;
     if (r.changed) {
-        r.owned = std::move(sim->owned);
-        r.repaired = std::move(sim->out);
-        r.after = predict(r.repaired, options, &r.counts);
-    } else {
-        r.after = predict(doc.lines, options, &r.counts);
+        SdfReader in(path);
+        freshRecord();
+        auto sim = std::make_unique<Sim>(in, false, options, nullptr, nullptr);
+        sim->run();
+        r.before = sim->outcome;
     }
     return r;
 }

@@ -5,11 +5,10 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <functional>
 #include <string>
-#include <vector>
 
-#include "tidy/sdf_doc.hpp"
+#include "tidy/sdf_lines.hpp"
 
 // Kinds of findings, in the order the README groups them.
 enum class Kind {
@@ -61,17 +60,20 @@ struct TidyOptions {
 };
 
 struct TidyResult {
-    Outcome before;               // the converter on the file as it is
-    Outcome after;                // and on the repaired copy
-    LayerCounts counts;           // what the repaired copy gives
-    std::vector<Finding> findings;
-    int64_t droppedRows = 0;      // surface rows without an elevation left out
-    bool changed = false;         // the repaired copy differs from the input
-    std::vector<SdfLine> repaired;  // the repaired copy's lines; empty when nothing changed
-    std::deque<std::string> owned;  // bytes of the lines a repair changed
+    Outcome before;           // the converter on the file as it is
+    Outcome after;            // and on the repaired copy
+    LayerCounts counts;       // what the repaired copy gives
+    int64_t findings = 0;     // findings passed to the report
+    int64_t droppedRows = 0;  // surface rows without an elevation left out
+    bool changed = false;     // the repaired copy differs from the input
 };
 
-TidyResult tidySdf(const SdfDoc& doc, const TidyOptions& options);
-
-// Predicts the converter's run on `lines` as they stand.
-Outcome predict(const std::vector<SdfLine>& lines, const TidyOptions& options, LayerCounts* counts = nullptr);
+// Checks the SDF file at `path` (see checkSdfFile) in one forward walk that
+// repairs as it goes: each finding goes to `report` as it is found, and the
+// repaired copy to `copy`, when there is one, as it is produced. The walk
+// reads the repaired lines as the converter reads the copy, so the outcome
+// and counts on the copy come from the walk itself; only when a repair
+// changed the file is it read a second time, for the outcome on the file as
+// it is. Throws TidyIoError when a read or write fails part-way.
+TidyResult tidySdf(const std::string& path, const TidyOptions& options, CopyWriter* copy,
+                   const std::function<void(const Finding&)>& report);
