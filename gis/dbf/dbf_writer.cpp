@@ -8,7 +8,6 @@
 
 #include "gis/gis.hpp"
 #include "gis/model/gis_internal.hpp"
-#include "runtime/exits.hpp"
 #include "runtime/platform.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
