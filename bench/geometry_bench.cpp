@@ -14,8 +14,8 @@
 namespace {
 
 // A star-shaped ring of n points round (cx, cy) with radii in [rmin, rmax].
-void addRing(std::vector<double>& X, std::vector<double>& Y, std::vector<int32_t>& ends, std::mt19937& rng,
-             double cx, double cy, double rmin, double rmax, int n) {
+void addRing(std::vector<double>& X, std::vector<double>& Y, std::vector<int32_t>& ends, std::mt19937& rng, double cx,
+             double cy, double rmin, double rmax, int n) {
     std::uniform_real_distribution<double> radius(rmin, rmax);
     const std::size_t first = X.size();
     for (int k = 0; k < n; ++k) {

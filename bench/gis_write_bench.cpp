@@ -70,7 +70,8 @@ void writeLayer(benchmark::State& state, const char* ext, int objects, int verti
         state.ResumeTiming();
     }
     state.counters["MB/s"] = benchmark::Counter(static_cast<double>(bytes) / 1e6, benchmark::Counter::kIsRate);
-    state.counters["MB"] = benchmark::Counter(static_cast<double>(bytes) / 1e6 / static_cast<double>(state.iterations()));
+    state.counters["MB"] =
+        benchmark::Counter(static_cast<double>(bytes) / 1e6 / static_cast<double>(state.iterations()));
 }
 
 void BM_MifPoints(benchmark::State& s) { writeLayer(s, ".mif", 1000000, 1); }

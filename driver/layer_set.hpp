@@ -45,9 +45,9 @@ inline constexpr Attribute endPtsAttributes[] = {{"Z", "Float", 0, firstEndZ},
                                                  {"Shape_Width_or_dMax", "Float", 0, {10, 3}},
                                                  {"Shape_Options", "Char", 20, {}}};
 inline constexpr Attribute surfLineAttributes[] = {
-    {"Source", "Char", 50, {}},       {"Type", "Char", 2, {}},          {"Flags", "Char", 8, {}},
-    {"Column_1", "Char", 20, {}},     {"Column_2", "Char", 20, {}},     {"Column_3", "Char", 20, {}},
-    {"Column_4", "Char", 20, {}},     {"Column_5", "Char", 20, {}},     {"Column_6", "Char", 20, {}},
+    {"Source", "Char", 50, {}},           {"Type", "Char", 2, {}},           {"Flags", "Char", 8, {}},
+    {"Column_1", "Char", 20, {}},         {"Column_2", "Char", 20, {}},      {"Column_3", "Char", 20, {}},
+    {"Column_4", "Char", 20, {}},         {"Column_5", "Char", 20, {}},      {"Column_6", "Char", 20, {}},
     {"Z_Increment", "Float", 0, {12, 3}}, {"Z_Maximum", "Float", 0, {8, 3}}, {"Skew", "Float", 0, {8, 3}},
     {"Comments", "Char", 200, {}}};
 inline constexpr Attribute cutLineAttributes[] = {

@@ -4,17 +4,17 @@
 #include "driver/run.hpp"
 
 #include "driver/layer_set.hpp"
-#include "text/linebuf.hpp"
 #include "driver/sdf_scan.hpp"
+#include "driver/section_export.hpp"
 #include "driver/section_parser.hpp"
 #include "driver/stops.hpp"
-#include "driver/section_export.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/paths.hpp"
 #include "runtime/platform.hpp"
 #include "runtime/units.hpp"
+#include "text/linebuf.hpp"
 #include "text/numbers.hpp"
 #include "text/strings.hpp"
 
@@ -113,8 +113,8 @@ void projectionFromPrj(std::string_view folder) {
     OPENERFREE(unit, "I ", file, 0);
     Text<1000> line;
     if (unitReadLine(unit, line) != IoStatus::ok)
-        stopWith(lineText("ERROR - Projection line could not be found in \"GIS Projection\" .prj file.",
-                          file.trimmed()));
+        stopWith(
+            lineText("ERROR - Projection line could not be found in \"GIS Projection\" .prj file.", file.trimmed()));
     conBlank();
     conLine(lineText("shp Projection: ", line.trimmed()));
     gisPrjLine = line;
@@ -140,10 +140,8 @@ void findInputFile() {
 void makeBaseName(TextRef baseName) {
     std::string_view f = run.sdfFile.trimmed();
     std::size_t dot = f.find('.');
-    if (dot == std::string_view::npos || dot == 0)
-        baseName.clear();
-    else
-        baseName.assign(f.substr(0, dot));
+    if (dot == std::string_view::npos || dot == 0) baseName.clear();
+    else baseName.assign(f.substr(0, dot));
 }
 
 }  // namespace
@@ -176,10 +174,8 @@ void reachmapReset() {
     // checked; it is not looked for again after the prompt.
     Text<1000> folder;
     FILEFOLDERPATH(folder, run.sdfFile);
-    if (run.useMif)
-        projectionFromMif(folder);
-    else if (run.useShp)
-        projectionFromPrj(folder);
+    if (run.useMif) projectionFromMif(folder);
+    else if (run.useShp) projectionFromPrj(folder);
 
     findInputFile();
     OPENERFREE(sdfUnit, "I ", run.sdfFile, 0);

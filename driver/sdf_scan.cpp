@@ -4,12 +4,12 @@
 
 #include "driver/stops.hpp"
 
-#include "text/linebuf.hpp"
 #include "gis/gis.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
+#include "text/linebuf.hpp"
 #include "text/strings.hpp"
 
 int32_t sdfUnit = 0;
@@ -76,8 +76,9 @@ void readCentreline() {
         if (FLAGEXISTS(textLine, sdfKey::end)) break;
         ++count;
         if (count > kGisMaxPoints)
-            stopWith(lineText("ERROR - More than ", kGisMaxPoints,
-                              " vertices in one CENTERLINE, more than a layer object holds. Line number: ", lineNumber));
+            stopWith(
+                lineText("ERROR - More than ", kGisMaxPoints,
+                         " vertices in one CENTERLINE, more than a layer object holds. Line number: ", lineNumber));
         readVertex(gisX[count], gisY[count]);
     }
     gisN = count;
@@ -100,15 +101,11 @@ void readVertex(double& x, double& y) {
 void readIdLines(std::string_view where) {
     SectionRecord& rec = sectionRecord;
     readSdfLine(where);
-    if (FLAGEXISTS(textLine, sdfKey::streamId))
-        takeValue(rec.streamId);
-    else
-        logLine("Error Expecting Stream ID: on ", lineNumber);
+    if (FLAGEXISTS(textLine, sdfKey::streamId)) takeValue(rec.streamId);
+    else logLine("Error Expecting Stream ID: on ", lineNumber);
     readSdfLine(where);
-    if (FLAGEXISTS(textLine, sdfKey::reachId))
-        takeValue(rec.reachId);
-    else
-        logLine("Error Expecting REACH ID: on ", lineNumber);
+    if (FLAGEXISTS(textLine, sdfKey::reachId)) takeValue(rec.reachId);
+    else logLine("Error Expecting REACH ID: on ", lineNumber);
 }
 
 void runStreamPhase(int32_t streamsLayer) {

@@ -14,8 +14,8 @@
 #include "text/freeformat.hpp"
 #include "text/text.hpp"
 
-constexpr int kSdfMaxRows = 100000;   // rows of a cut line, n table or surface line
-constexpr int kSdfMaxLevees = 100;    // rows of a levee block
+constexpr int kSdfMaxRows = 100000;  // rows of a cut line, n table or surface line
+constexpr int kSdfMaxLevees = 100;   // rows of a levee block
 
 extern int32_t sdfUnit;      // the open SDF file, read forward once
 extern Text<1000> textLine;  // the current line
@@ -100,4 +100,3 @@ void readVertex(double& x, double& y);
 // The stream phase: from the first line to the end of the stream network,
 // writing one polyline per CENTERLINE to the streams layer.
 void runStreamPhase(int32_t streamsLayer);
-

@@ -5,7 +5,6 @@
 
 #include <cstring>
 
-#include "text/linebuf.hpp"
 #include "driver/layer_set.hpp"
 #include "driver/stops.hpp"
 #include "geometry/plane.hpp"
@@ -14,6 +13,7 @@
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
+#include "text/linebuf.hpp"
 #include "text/numbers.hpp"
 
 namespace {
@@ -255,10 +255,8 @@ TrimNote trimToMarkers(const SectionRecord& rec, const float* along, const float
         // With no usable elevation there is no side to choose: nothing is drops.
         if (lowest == 0) return TrimNote::none;
         const float m = markers[1];
-        if (along[lowest] > m)
-            dropBefore(along, drops, n, m);
-        else
-            dropBehind(along, drops, n, m);
+        if (along[lowest] > m) dropBefore(along, drops, n, m);
+        else dropBehind(along, drops, n, m);
     } else if (rec.leveeCount == 2) {
         dropBefore(along, drops, n, markers[1]);
         dropBehind(along, drops, n, markers[2]);

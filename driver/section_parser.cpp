@@ -3,13 +3,13 @@
 #include "driver/section_parser.hpp"
 
 #include "driver/sdf_scan.hpp"
-#include "driver/stops.hpp"
-#include "text/linebuf.hpp"
 #include "driver/section_export.hpp"
+#include "driver/stops.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
+#include "text/linebuf.hpp"
 #include "text/strings.hpp"
 #include "text/support.hpp"
 

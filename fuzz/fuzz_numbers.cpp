@@ -110,10 +110,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
         if (i < in.size() && std::strchr(" \t,/\r\n", in[i]) == nullptr && in[i] != '\0') continue;
         if (i > start && i - start < 1000) {
             const std::string token(in.substr(start, i - start));
-            compareReal<double>(token, parseReal8, [](const char* s, char** e) { return std::strtod(s, e); },
-                                "parseReal8");
-            compareReal<float>(token, parseReal4, [](const char* s, char** e) { return std::strtof(s, e); },
-                               "parseReal4");
+            compareReal<double>(
+                token, parseReal8, [](const char* s, char** e) { return std::strtod(s, e); }, "parseReal8");
+            compareReal<float>(
+                token, parseReal4, [](const char* s, char** e) { return std::strtof(s, e); }, "parseReal4");
             compareInt(token);
         }
         start = i + 1;

@@ -20,10 +20,14 @@ namespace {
 constexpr std::string_view kRowsFail = "should not be here - gridline - intersection point - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kColumnsFail =
     "should not be here - gridline - intersection point 2 - contact " REACHMAP_SUPPORT;
-constexpr std::string_view kV2Fail1 = "should not be here - gridline - intersection point 1 - contact " REACHMAP_SUPPORT;
-constexpr std::string_view kV2Fail2 = "should not be here - gridline - intersection point 2 - contact " REACHMAP_SUPPORT;
-constexpr std::string_view kV2Fail3 = "should not be here - gridline - intersection point 3 - contact " REACHMAP_SUPPORT;
-constexpr std::string_view kV2Fail4 = "should not be here - gridline - intersection point 4 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail1 =
+    "should not be here - gridline - intersection point 1 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail2 =
+    "should not be here - gridline - intersection point 2 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail3 =
+    "should not be here - gridline - intersection point 3 - contact " REACHMAP_SUPPORT;
+constexpr std::string_view kV2Fail4 =
+    "should not be here - gridline - intersection point 4 - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kFiveFail1 =
     "should not be here - gridline_5 - intersection point 1 - contact " REACHMAP_SUPPORT;
 constexpr std::string_view kFiveFail3 =
@@ -237,19 +241,18 @@ void gridline(float x1, float y1, float x2, float y2, float dx, float dy, int32_
 void gridline_v2(float x1, float y1, float x2, float y2, bool single, float dx, float dy, int32_t& jFirst,
                  int32_t& jLast, int32_t& iFirst, int32_t& iLast, int32_t& n, int32_t* jCells, int32_t* iCells,
                  int32_t limit, int32_t jOffset, int32_t iOffset) {
-    dominantWalk<false>(x1, y1, x2, y2, single, dx, dy, jFirst, jLast, iFirst, iLast, n, jCells, iCells, limit,
-                        jOffset, iOffset);
+    dominantWalk<false>(x1, y1, x2, y2, single, dx, dy, jFirst, jLast, iFirst, iLast, n, jCells, iCells, limit, jOffset,
+                        iOffset);
 }
 
 void gridline_5(float x1, float y1, float x2, float y2, bool single, float dx, float dy, int32_t& jFirst,
                 int32_t& jLast, int32_t& iFirst, int32_t& iLast, int32_t& n, int32_t* jCells, int32_t* iCells,
                 int32_t limit, int32_t jOffset, int32_t iOffset) {
-    dominantWalk<true>(x1, y1, x2, y2, single, dx, dy, jFirst, jLast, iFirst, iLast, n, jCells, iCells, limit,
-                       jOffset, iOffset);
+    dominantWalk<true>(x1, y1, x2, y2, single, dx, dy, jFirst, jLast, iFirst, iLast, n, jCells, iCells, limit, jOffset,
+                       iOffset);
 }
 
-void gridline_steps(int32_t& i1, int32_t& j1, int32_t& i2, int32_t& j2, int32_t& steps, float& stepI,
-                    float& stepJ) {
+void gridline_steps(int32_t& i1, int32_t& j1, int32_t& i2, int32_t& j2, int32_t& steps, float& stepI, float& stepJ) {
     if (i1 < 1) i1 = i2;
     if (i2 < 1) i2 = i1;
     if (j1 < 1) j1 = j2;
@@ -266,8 +269,8 @@ void gridline_steps(int32_t& i1, int32_t& j1, int32_t& i2, int32_t& j2, int32_t&
     steps = static_cast<int32_t>(1.5f + d);
 }
 
-void gridline_increments(int32_t i1, int32_t j1, int32_t i2, int32_t j2, int32_t& count, float& stepA,
-                         float& stepB, float spanB, float spanA) {
+void gridline_increments(int32_t i1, int32_t j1, int32_t i2, int32_t j2, int32_t& count, float& stepA, float& stepB,
+                         float spanB, float spanA) {
     const int32_t d = std::max(std::abs(i2 - i1), std::abs(j2 - j1));
     if (static_cast<float>(d) > 0.5f) {
         stepA = spanA / static_cast<float>(d);

@@ -46,5 +46,5 @@ void gridline_steps(int32_t& i1, int32_t& j1, int32_t& i2, int32_t& j2, int32_t&
 
 // Increments of two running values over the cells from (i1, j1) to (i2, j2):
 // count = d + 1, stepA = spanA / d, stepB = spanB / d (0 when d is 0).
-void gridline_increments(int32_t i1, int32_t j1, int32_t i2, int32_t j2, int32_t& count, float& stepA,
-                         float& stepB, float spanB, float spanA);
+void gridline_increments(int32_t i1, int32_t j1, int32_t i2, int32_t j2, int32_t& count, float& stepA, float& stepB,
+                         float spanB, float spanA);

@@ -120,8 +120,7 @@ int32_t INTERSECT_LINE_V2(float x1, float y1, float x2, float y2, float x3, floa
     return classifyMeeting<float>(x1, y1, x2, y2, x3, y3, x4, y4);
 }
 
-int32_t INTERSECT_LINE_V2_8(double x1, double y1, double x2, double y2, double x3, double y3, double x4,
-                            double y4) {
+int32_t INTERSECT_LINE_V2_8(double x1, double y1, double x2, double y2, double x3, double y3, double x4, double y4) {
     return classifyMeeting<double>(x1, y1, x2, y2, x3, y3, x4, y4);
 }
 

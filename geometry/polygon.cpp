@@ -134,8 +134,8 @@ bool triangleValue(T px, T py, const T* X, const T* Y, const float* Z, bool stri
     auto len = [](T ax, T ay, T bx, T by) { return std::sqrt((bx - ax) * (bx - ax) + (by - ay) * (by - ay)); };
     const T d12 = len(X1, Y1, X2, Y2);
     const T dQ1 = len(X1, Y1, qx, qy);
-    const float zQ = d12 < tol ? Z[1] + (Z[2] - Z[1]) * 0.5f
-                               : static_cast<float>(Z[1] + static_cast<T>(Z[2] - Z[1]) * dQ1 / d12);
+    const float zQ =
+        d12 < tol ? Z[1] + (Z[2] - Z[1]) * 0.5f : static_cast<float>(Z[1] + static_cast<T>(Z[2] - Z[1]) * dQ1 / d12);
     const T dQ3 = len(X3, Y3, qx, qy);
     const T dP3 = len(X3, Y3, px, py);
     out = dQ3 < tol ? Z[3] + (zQ - Z[3]) * 0.5f : static_cast<float>(Z[3] + static_cast<T>(zQ - Z[3]) * dP3 / dQ3);
@@ -146,11 +146,10 @@ bool triangleValue(T px, T py, const T* X, const T* Y, const float* Z, bool stri
 // Grid fill.
 
 template <class T>
-void gridFill(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ, int32_t dimI,
-              T dx, T dy, int32_t offJ, int32_t offI, bool clearInside, bool setValues, bool useInteger,
-              bool useConstant, float value, bool accumulate, int32_t& jMin, int32_t& iMin, int32_t& jMax,
-              int32_t& iMax, int32_t& count, const T* X, const T* Y, const float* Z, int32_t N, const int32_t* ends,
-              int32_t npoly) {
+void gridFill(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ, int32_t dimI, T dx,
+              T dy, int32_t offJ, int32_t offI, bool clearInside, bool setValues, bool useInteger, bool useConstant,
+              float value, bool accumulate, int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count,
+              const T* X, const T* Y, const float* Z, int32_t N, const int32_t* ends, int32_t npoly) {
     count = 0;
     if (N < 1) {  // no slots: an empty window
         jMin = iMin = 1;
@@ -187,7 +186,7 @@ void gridFill(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rval
         const int32_t rA = rowOf(yA);
         const int32_t rB = rowOf(yB);
         if (rA == rB) return;
-        const int32_t lo = rA < rB ? rA : rB;      // rows lo .. hi - 1 are crossed
+        const int32_t lo = rA < rB ? rA : rB;  // rows lo .. hi - 1 are crossed
         const int32_t hi = rA < rB ? rB : rA;
         const bool vertical = xA == xB;
         const T m = vertical ? T(0) : (yB - yA) / (xB - xA);
@@ -335,21 +334,19 @@ bool inside_convex_polygon_8(double px, double py, int32_t n, const double* X, c
 }
 
 void grid_inside_polygon(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ,
-                         int32_t dimI, float dx, float dy, int32_t offJ, int32_t offI, bool clearInside,
-                         bool setValues, bool useInteger, bool useConstant, float value, bool accumulate,
-                         int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count, const float* X,
-                         const float* Y, const float* Z, int32_t N, const int32_t* ends, int32_t npoly) {
+                         int32_t dimI, float dx, float dy, int32_t offJ, int32_t offI, bool clearInside, bool setValues,
+                         bool useInteger, bool useConstant, float value, bool accumulate, int32_t& jMin, int32_t& iMin,
+                         int32_t& jMax, int32_t& iMax, int32_t& count, const float* X, const float* Y, const float* Z,
+                         int32_t N, const int32_t* ends, int32_t npoly) {
     gridFill<float>(inside, crossings, ivalues, rvalues, dimJ, dimI, dx, dy, offJ, offI, clearInside, setValues,
-                    useInteger, useConstant, value, accumulate, jMin, iMin, jMax, iMax, count, X, Y, Z, N, ends,
-                    npoly);
+                    useInteger, useConstant, value, accumulate, jMin, iMin, jMax, iMax, count, X, Y, Z, N, ends, npoly);
 }
 
 void grid_inside_polygon_8(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ,
                            int32_t dimI, double dx, double dy, int32_t offJ, int32_t offI, bool clearInside,
                            bool setValues, bool useInteger, bool useConstant, float value, bool accumulate,
-                           int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count,
-                           const double* X, const double* Y, const float* Z, int32_t N, const int32_t* ends,
-                           int32_t npoly) {
+                           int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count, const double* X,
+                           const double* Y, const float* Z, int32_t N, const int32_t* ends, int32_t npoly) {
     gridFill<double>(inside, crossings, ivalues, rvalues, dimJ, dimI, dx, dy, offJ, offI, clearInside, setValues,
                      useInteger, useConstant, value, accumulate, jMin, iMin, jMax, iMax, count, X, Y, Z, N, ends,
                      npoly);
@@ -360,15 +357,14 @@ void grid_inside_polygon_points(int32_t* flags, const float* px, const float* py
     pointsTest<float>(flags, px, py, npoints, count, X, Y, N, ends, npoly, kGridFail4);
 }
 
-void grid_inside_polygon_points_8(int32_t* flags, const double* px, const double* py, int32_t npoints,
-                                  int32_t& count, const double* X, const double* Y, int32_t N, const int32_t* ends,
-                                  int32_t npoly) {
+void grid_inside_polygon_points_8(int32_t* flags, const double* px, const double* py, int32_t npoints, int32_t& count,
+                                  const double* X, const double* Y, int32_t N, const int32_t* ends, int32_t npoly) {
     pointsTest<double>(flags, px, py, npoints, count, X, Y, N, ends, npoly, kGridFail5);
 }
 
-void grid_set_inside_points(const int32_t* flags, const double* px, const double* py, int32_t* ivalues,
-                            float* rvalues, int32_t npoints, bool useInteger, bool useConstant, float value,
-                            bool accumulate, const double* X, const double* Y, const float* Z, int32_t N) {
+void grid_set_inside_points(const int32_t* flags, const double* px, const double* py, int32_t* ivalues, float* rvalues,
+                            int32_t npoints, bool useInteger, bool useConstant, float value, bool accumulate,
+                            const double* X, const double* Y, const float* Z, int32_t N) {
     const int32_t rounded = static_cast<int32_t>(std::lround(value));
     for (int32_t k = 1; k <= npoints; ++k) {
         if (flags[k] != 1) continue;

@@ -44,28 +44,26 @@ bool inside_convex_polygon_8(double px, double py, int32_t n, const double* X, c
 // the value interpolated from Z). accumulate adds instead of replacing.
 // jMin, iMin, jMax, iMax receive the window; count is 0 when it is empty.
 void grid_inside_polygon(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ,
-                         int32_t dimI, float dx, float dy, int32_t offJ, int32_t offI, bool clearInside,
-                         bool setValues, bool useInteger, bool useConstant, float value, bool accumulate,
-                         int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count, const float* X,
-                         const float* Y, const float* Z, int32_t N, const int32_t* ends, int32_t npoly);
+                         int32_t dimI, float dx, float dy, int32_t offJ, int32_t offI, bool clearInside, bool setValues,
+                         bool useInteger, bool useConstant, float value, bool accumulate, int32_t& jMin, int32_t& iMin,
+                         int32_t& jMax, int32_t& iMax, int32_t& count, const float* X, const float* Y, const float* Z,
+                         int32_t N, const int32_t* ends, int32_t npoly);
 void grid_inside_polygon_8(uint8_t* inside, uint8_t* crossings, int32_t* ivalues, float* rvalues, int32_t dimJ,
                            int32_t dimI, double dx, double dy, int32_t offJ, int32_t offI, bool clearInside,
                            bool setValues, bool useInteger, bool useConstant, float value, bool accumulate,
-                           int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count,
-                           const double* X, const double* Y, const float* Z, int32_t N, const int32_t* ends,
-                           int32_t npoly);
+                           int32_t& jMin, int32_t& iMin, int32_t& jMax, int32_t& iMax, int32_t& count, const double* X,
+                           const double* Y, const float* Z, int32_t N, const int32_t* ends, int32_t npoly);
 
 // flags[k] = 1 for each point k (1..npoints) inside the region, 0 otherwise;
 // count receives the number of ones.
 void grid_inside_polygon_points(int32_t* flags, const float* px, const float* py, int32_t npoints, int32_t& count,
                                 const float* X, const float* Y, int32_t N, const int32_t* ends, int32_t npoly);
-void grid_inside_polygon_points_8(int32_t* flags, const double* px, const double* py, int32_t npoints,
-                                  int32_t& count, const double* X, const double* Y, int32_t N, const int32_t* ends,
-                                  int32_t npoly);
+void grid_inside_polygon_points_8(int32_t* flags, const double* px, const double* py, int32_t npoints, int32_t& count,
+                                  const double* X, const double* Y, int32_t N, const int32_t* ends, int32_t npoly);
 
 // Writes the value of every point k with flags[k] = 1 into ivalues[k] or
 // rvalues[k], as the grid fill does; a triangle value that cannot be formed
 // leaves the point as it was.
-void grid_set_inside_points(const int32_t* flags, const double* px, const double* py, int32_t* ivalues,
-                            float* rvalues, int32_t npoints, bool useInteger, bool useConstant, float value,
-                            bool accumulate, const double* X, const double* Y, const float* Z, int32_t N);
+void grid_set_inside_points(const int32_t* flags, const double* px, const double* py, int32_t* ivalues, float* rvalues,
+                            int32_t npoints, bool useInteger, bool useConstant, float value, bool accumulate,
+                            const double* X, const double* Y, const float* Z, int32_t N);

@@ -14,8 +14,7 @@
 // family (one set for each letter of shapeLetters: P points, L lines, R
 // polygons); .dbf / .csv only with attributesOnly. Mode "O " or "I ".
 // Returns the gisID; 0 only for an input SHP set whose file does not exist.
-int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode,
-                     std::string_view shapeLetters);
+int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode, std::string_view shapeLetters);
 bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& dbf, GisShpState& shp,
                  std::string_view mode, bool attributesOnly);
 // The GisFamily of a name: kGisFamilyMif, kGisFamilyShp or kGisFamilyCsv (1, 2,
@@ -113,9 +112,9 @@ void SET_SUB_GRID_AREA(const float* X, const float* Y, int32_t N, float d, int32
 // `count` receives the points or cells set for the (last) sub-object.
 void gisAssignObjectToGrid(int32_t gisID, int32_t limJ, int32_t limI, int32_t offJ, int32_t offI, float dx, float dy,
                            double ox, double oy, float angle, bool useInteger, bool countOnly, bool sidesOnly,
-                           bool allPoints, bool halveOnSides, int32_t* cellInts, int32_t* xSideInts,
-                           int32_t* ySideInts, float* cellReals, float* xSideReals, float* ySideReals, int32_t dimJ,
-                           int32_t dimI, bool accumulate, int32_t& count);
+                           bool allPoints, bool halveOnSides, int32_t* cellInts, int32_t* xSideInts, int32_t* ySideInts,
+                           float* cellReals, float* xSideReals, float* ySideReals, int32_t dimJ, int32_t dimI,
+                           bool accumulate, int32_t& count);
 
 // An object that the caller has read and prepared itself (X, Y 1-based).
 struct GisPreparedObject {

@@ -28,8 +28,7 @@ void askForName(TextRef name, std::string_view kind) {
     if (s.messageBoxMode) {
         LineBuf<256> t;  // dialogue texts are held in 256 bytes
         t << s.applicationName.trimmed() << " FILE and/or path" << '\r' << name.trimmed() << '\r' << "does not exist.";
-        if (platformMessageBox(t.view(), title(), BoxButtons::retryCancel, BoxIcon::warning) !=
-            BoxAnswer::retry)
+        if (platformMessageBox(t.view(), title(), BoxButtons::retryCancel, BoxIcon::warning) != BoxAnswer::retry)
             cancelled();
         return;
     }
@@ -78,23 +77,25 @@ void offerFolder(std::string_view name) {
     bool make = s.createFoldersWithoutAsking;
     while (!make) {
         LineBuf<256> t;  // dialogue texts are held in 256 bytes
-        t << folder.trimmed() << "\r\r" << "Above folder does not exist!  Create?" << "\r\r"
+        t << folder.trimmed() << "\r\r"
+          << "Above folder does not exist!  Create?"
+          << "\r\r"
           << "Either create the folder yourself and press No," << '\r'
           << "or press Yes to have the folder created for you.";
         BoxAnswer a = platformMessageBox(t.view(), title(), BoxButtons::yesNoCancel, BoxIcon::warning);
         if (a == BoxAnswer::cancel) cancelled();
         if (a == BoxAnswer::no) return;
         t.clear();
-        t << "Create folder below?" << "\r\r" << folder.trimmed();
-        if (platformMessageBox(t.view(), title(), BoxButtons::yesNo, BoxIcon::question) == BoxAnswer::yes)
-            make = true;
+        t << "Create folder below?"
+          << "\r\r" << folder.trimmed();
+        if (platformMessageBox(t.view(), title(), BoxButtons::yesNo, BoxIcon::question) == BoxAnswer::yes) make = true;
     }
     while (platformMkdir(folder.trimmed()) == -1) {
         LineBuf<256> t;  // dialogue texts are held in 256 bytes
-        t << "Could not create folder:" << "\r\r" << folder.trimmed() << "\r\r"
+        t << "Could not create folder:"
+          << "\r\r" << folder.trimmed() << "\r\r"
           << "Check permissions and/or sufficient disk space.";
-        if (platformMessageBox(t.view(), title(), BoxButtons::retryCancel, BoxIcon::warning) !=
-            BoxAnswer::retry)
+        if (platformMessageBox(t.view(), title(), BoxButtons::retryCancel, BoxIcon::warning) != BoxAnswer::retry)
             cancelled();
     }
 }
@@ -115,7 +116,9 @@ void waitToRetryOpen(std::string_view name, bool existed) {
     }
     if (existed) {
         LineBuf<256> t;  // dialogue texts are held in 256 bytes
-        t << name << "\r\r" << "Above file is locked by another application." << "\r\r"
+        t << name << "\r\r"
+          << "Above file is locked by another application."
+          << "\r\r"
           << "Close the file in the other application and press Retry.";
         if (platformMessageBox(t.view(), title(), BoxButtons::retryCancel, BoxIcon::warning) != BoxAnswer::retry)
             cancelled();

@@ -30,7 +30,8 @@ void EXITS() {
         if (s.messageBoxMode) {
             LineBuf<512> text;
             text << "Premature Exit of " << s.applicationName.trimmed() << " Simulation " << s.runName.trimmed()
-                 << "\r\r" << "Press OK to Close Simulation Window";
+                 << "\r\r"
+                 << "Press OK to Close Simulation Window";
             while (platformMessageBox(text.view(), s.applicationName.trimmed(), BoxButtons::ok, BoxIcon::stop) !=
                    BoxAnswer::ok) {
             }
@@ -48,8 +49,11 @@ void PAUSER() {
     const FileUnitSettings& s = fileUnitSettings;
     if (s.messageBoxMode) {
         LineBuf<512> text;
-        text << s.applicationName.trimmed() << " Simulation " << s.runName.trimmed() << " paused" << "\r\r"
-             << "Refer to Simulation Window" << "\r\r" << "Press OK to Continue";
+        text << s.applicationName.trimmed() << " Simulation " << s.runName.trimmed() << " paused"
+             << "\r\r"
+             << "Refer to Simulation Window"
+             << "\r\r"
+             << "Press OK to Continue";
         while (platformMessageBox(text.view(), s.applicationName.trimmed(), BoxButtons::ok, BoxIcon::warning) !=
                BoxAnswer::ok) {
         }

@@ -11,8 +11,8 @@ namespace {
 Text<kWorkCap> g_value;
 
 // extractValue, stopping with ERROR 0203 when the keyword has no "=".
-void findValue(TextRef out, std::string_view line, std::string_view lowerLine, std::string_view keyword,
-               int32_t column, bool toEnd) {
+void findValue(TextRef out, std::string_view line, std::string_view lowerLine, std::string_view keyword, int32_t column,
+               bool toEnd) {
     if (extractValue(out, line, lowerLine, keyword, column, toEnd) != ExtractFound::noEquals) return;
     static LineBuf<kMessageCap> l;
     l.clear();

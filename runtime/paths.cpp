@@ -78,7 +78,8 @@ struct Work {
         std::memcpy(b, s.data(), static_cast<std::size_t>(n));
     }
     void add(std::string_view s) {
-        std::size_t k = s.size() < static_cast<std::size_t>(kPathCap - n) ? s.size() : static_cast<std::size_t>(kPathCap - n);
+        std::size_t k =
+            s.size() < static_cast<std::size_t>(kPathCap - n) ? s.size() : static_cast<std::size_t>(kPathCap - n);
         std::memcpy(b + n, s.data(), k);
         n += static_cast<int>(k);
     }

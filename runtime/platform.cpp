@@ -133,8 +133,7 @@ BoxAnswer platformMessageBox(std::string_view text, std::string_view title, BoxB
     const char* onEnd = nullptr;  // the loop-ending answer, said when input has ended
     BoxAnswer endAnswer = BoxAnswer::ok;
     switch (buttons) {
-        case BoxButtons::ok:
-            break;
+        case BoxButtons::ok: break;
         case BoxButtons::retryCancel:
             question = "Retry or Cancel? (R/C): ";
             onEnd = "Cancel";
@@ -182,8 +181,7 @@ BoxAnswer platformMessageBox(std::string_view text, std::string_view title, BoxB
                 if (c == 'N') return BoxAnswer::no;
                 if (c == 'C') return BoxAnswer::cancel;
                 break;
-            case BoxButtons::ok:
-                break;
+            case BoxButtons::ok: break;
         }
     }
 }

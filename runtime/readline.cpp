@@ -3,8 +3,8 @@
 #include "runtime/exits.hpp"
 #include "runtime/messages.hpp"
 #include "runtime/units.hpp"
-#include "text/lines.hpp"
 #include "text/linebuf.hpp"
+#include "text/lines.hpp"
 #include "text/strings.hpp"
 
 namespace {
@@ -24,7 +24,8 @@ bool READLINE(int32_t unit, TextRef line) {
     switch (unitReadLine(unit, line)) {
         case IoStatus::ok: break;
         case IoStatus::error: stopReading("ERROR 0201 - Reading text line from file unit number", unit);
-        case IoStatus::end: stopReading("ERROR 0202 - End-of-file encountered reading text line from file unit number", unit);
+        case IoStatus::end:
+            stopReading("ERROR 0202 - End-of-file encountered reading text line from file unit number", unit);
     }
     BLANK(line);
     return !COMMENTLINE(line);

@@ -15,8 +15,8 @@ void labelLine(std::string_view line, int32_t logUnit) {
 
 }  // namespace
 
-bool CHECKSAVEDATE(std::string_view first, std::string_view second, int32_t& firstUnit, int32_t& secondUnit,
-                   bool fatal, int32_t logUnit) {
+bool CHECKSAVEDATE(std::string_view first, std::string_view second, int32_t& firstUnit, int32_t& secondUnit, bool fatal,
+                   int32_t logUnit) {
     first = trimmed(first);
     second = trimmed(second);
     int64_t firstTime = 0, secondTime = 0;

@@ -11,5 +11,5 @@
 // repeats the check. With `fatal` and a second file whose time cannot be read,
 // the run ends through EXITS. Reports go to the console and, when `logUnit`
 // is above 0, the warning lines to that unit too.
-bool CHECKSAVEDATE(std::string_view first, std::string_view second, int32_t& firstUnit, int32_t& secondUnit,
-                   bool fatal, int32_t logUnit);
+bool CHECKSAVEDATE(std::string_view first, std::string_view second, int32_t& firstUnit, int32_t& secondUnit, bool fatal,
+                   int32_t logUnit);

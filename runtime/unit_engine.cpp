@@ -252,9 +252,7 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
     if (*path == '\0') return false;
     int fd = -1;
     switch (m.access) {
-        case Access::readOnly:
-            fd = ::open(path, O_RDONLY | O_CLOEXEC);
-            break;
+        case Access::readOnly: fd = ::open(path, O_RDONLY | O_CLOEXEC); break;
         case Access::readWriteIfAllowed:
             fd = ::open(path, O_RDWR | O_CLOEXEC);
             if (fd < 0) fd = ::open(path, O_RDONLY | O_CLOEXEC);
@@ -264,9 +262,7 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
             fd = ::open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
             break;
         case Access::append:
-        case Access::keep:
-            fd = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-            break;
+        case Access::keep: fd = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666); break;
     }
     if (fd < 0) return false;
     if (fd <= 2) {

@@ -34,9 +34,9 @@ struct UnitFile {
     int fd = -1;
     Form form = Form::text;
     bool bigEndian = false;
-    bool append = false;   // every write goes to the end of the file
-    bool dirty = false;    // the buffer holds pending output
-    bool failed = false;   // a write failed; later writes fail too
+    bool append = false;  // every write goes to the end of the file
+    bool dirty = false;   // the buffer holds pending output
+    bool failed = false;  // a write failed; later writes fail too
     int group = -1;
     int64_t bufStart = 0;
     std::size_t bufLen = 0;

@@ -22,7 +22,7 @@ int32_t unitOpenOn(std::string_view name);
 bool unitIsOpen(int32_t unit);
 
 // Formatted text.
-IoStatus unitReadLine(int32_t unit, TextRef line);        // one record, cut to capacity
+IoStatus unitReadLine(int32_t unit, TextRef line);         // one record, cut to capacity
 IoStatus unitWriteLine(int32_t unit, std::string_view s);  // s and CR LF
 IoStatus unitWriteText(int32_t unit, std::string_view s);  // s alone, no line end
 bool unitAtEnd(int32_t unit);                              // nothing left to read

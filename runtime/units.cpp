@@ -89,17 +89,13 @@ NameText openName;
 
 void tables::report(std::string_view s, bool blankBefore, bool lineEnd) {
     if (blankBefore) conBlank();
-    if (lineEnd)
-        conLine(s);
-    else
-        conWrite(s);
+    if (lineEnd) conLine(s);
+    else conWrite(s);
     int32_t log = fileUnitSettings.logUnit;
     if (log > 0 && unitIsOpen(log)) {
         if (blankBefore) unitWriteLine(log, {});
-        if (lineEnd)
-            unitWriteLine(log, s);
-        else
-            unitWriteText(log, s);
+        if (lineEnd) unitWriteLine(log, s);
+        else unitWriteText(log, s);
     }
 }
 
@@ -191,8 +187,7 @@ void OPENERCORE(int32_t& unit, TextRef name, std::string_view mode, std::string_
         // the system's own), "IO" opens without a word.
         if (!m.known) {
             LineBuf<200> t;
-            t << "  Unrecognised file type " << std::string_view(m.code, 2) << " file "
-              << name.trimmed().substr(0, 80);
+            t << "  Unrecognised file type " << std::string_view(m.code, 2) << " file " << name.trimmed().substr(0, 80);
             report(t.view(), false, true);
             return;
         }
@@ -245,12 +240,9 @@ void OPENERFREE(int32_t& unit, std::string_view mode, std::string_view name, int
     static Text<16> ext;
     FILEEXT(ext, openName);
     std::string_view e = ext.trimmed();
-    if (e == ".mif")
-        pool[j].type = 101;
-    else if (e == ".mid")
-        pool[j].type = 102;
-    else if (e == ".12da")
-        pool[j].type = 111;
+    if (e == ".mif") pool[j].type = 101;
+    else if (e == ".mid") pool[j].type = 102;
+    else if (e == ".12da") pool[j].type = 111;
     pool[j].opened = unit != 0;
 }
 
@@ -385,4 +377,3 @@ void UNNAME(int32_t slot) {
     slots[slot].name.clear();
     slots[slot].nameLen = 0;
 }
-

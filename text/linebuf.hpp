@@ -43,7 +43,8 @@ struct LineBuf {
             return *this;
         }
         char t[64];
-        return *this << std::string_view(t, static_cast<std::size_t>(putFixed(t, width < 64 ? width : 64, decimals, v) - t));
+        return *this << std::string_view(
+                   t, static_cast<std::size_t>(putFixed(t, width < 64 ? width : 64, decimals, v) - t));
     }
     // A text in double quotes.
     LineBuf& quoted(std::string_view s) { return *this << '"' << s << '"'; }
@@ -56,9 +57,7 @@ namespace linebuf_detail {
 inline LineBuf<12000> shared;
 inline void piece(std::string_view s) { shared << s; }
 template <typename T>
-void piece(T v)
-    requires std::is_integral_v<T>
-{
+void piece(T v) requires std::is_integral_v<T> {
     shared.count(static_cast<int64_t>(v));
 }
 }  // namespace linebuf_detail

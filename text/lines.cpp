@@ -105,8 +105,8 @@ bool READROWCOL(std::string_view line, std::string_view keyword) {
     return hasPhrase(line, "Read MID ", keyword) || hasPhrase(line, "Read RowCol ", keyword);
 }
 
-bool CHECKLINE(std::string_view line, std::string_view key, std::string_view separator, int32_t column,
-               TextRef value, TextRef command) {
+bool CHECKLINE(std::string_view line, std::string_view key, std::string_view separator, int32_t column, TextRef value,
+               TextRef command) {
     gLine = line;
     gKey = trimBoth(key);
     const std::string_view t = gLine.view();

@@ -31,8 +31,8 @@ bool READROWCOL(std::string_view line, std::string_view keyword);
 // Splits `line` at `separator` (case kept, at its full length) or, failing
 // that, behind position `column`, into `command` and `value`, and tells
 // whether the command is the one for `key` ("*" for any command).
-bool CHECKLINE(std::string_view line, std::string_view key, std::string_view separator, int32_t column,
-               TextRef value, TextRef command);
+bool CHECKLINE(std::string_view line, std::string_view key, std::string_view separator, int32_t column, TextRef value,
+               TextRef command);
 
 // `string` with its first (REPLACE) or every (REPLACEALL) occurrence of the
 // trimmed `old`, found in any case, replaced by the trimmed `replacement`.

@@ -7,9 +7,8 @@
 
 namespace {
 
-constexpr uint64_t kPow10[] = {1ull,          10ull,          100ull,          1000ull,          10000ull,
-                               100000ull,     1000000ull,     10000000ull,     100000000ull,     1000000000ull,
-                               10000000000ull};
+constexpr uint64_t kPow10[] = {1ull,       10ull,       100ull,       1000ull,       10000ull,      100000ull,
+                               1000000ull, 10000000ull, 100000000ull, 1000000000ull, 10000000000ull};
 
 // Exact fixed-point digits of |value| rounded to `decimals` places, for the
 // common case of a value whose scaled magnitude fits 64 bits: value is
@@ -23,7 +22,7 @@ bool scaledFixed(double value, int decimals, uint64_t& scaled) {
     // integer is the exact product's nearest integer.
     {
         const double t = std::fabs(value) * static_cast<double>(kPow10[decimals]);
-        if (t < 4503599627370496.0) {                              // 2^52
+        if (t < 4503599627370496.0) {                                        // 2^52
             const double r = (t + 4503599627370496.0) - 4503599627370496.0;  // to nearest, ties to even
             const double off = std::fabs(t - r);
             if (off < 0.5 - t * 2.3e-16) {
@@ -259,20 +258,13 @@ void AINTEGER8PREC0(TextRef out, int64_t value, int32_t digits) { precZero(out, 
 void AREAL(TextRef out, float value) {
     const float a = std::fabs(value);
     int d;
-    if (a < 0.01f)
-        d = 6;
-    else if (a < 0.1f)
-        d = 5;
-    else if (a < 1.0f)
-        d = 4;
-    else if (a < 10.0f)
-        d = 3;
-    else if (a < 100.0f)
-        d = 2;
-    else if (a < 1000.0f)
-        d = 1;
-    else
-        d = 0;
+    if (a < 0.01f) d = 6;
+    else if (a < 0.1f) d = 5;
+    else if (a < 1.0f) d = 4;
+    else if (a < 10.0f) d = 3;
+    else if (a < 100.0f) d = 2;
+    else if (a < 1000.0f) d = 1;
+    else d = 0;
     realBySize(out, value, d);
 }
 

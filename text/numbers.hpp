@@ -40,5 +40,5 @@ char* putCount(char* out, int64_t value);
 
 // Convenience: the same layouts as text, for messages.
 std::string_view fixedText(int width, int decimals, double value);  // one static buffer
-std::string_view intText(int width, int64_t value);                  // one static buffer
-std::string_view countText(int64_t value);                           // one static buffer
+std::string_view intText(int width, int64_t value);                 // one static buffer
+std::string_view countText(int64_t value);                          // one static buffer

@@ -149,10 +149,8 @@ void ALPHANUMERICONLY(TextRef out, std::string_view s, char replacement) {
     s = limited(s);
     std::size_t w = 0;
     for (char c : s) {
-        if (isLetter(c) || isDigit(c))
-            g_scratch[w++] = c;
-        else if (replacement != '\0')
-            g_scratch[w++] = replacement;
+        if (isLetter(c) || isDigit(c)) g_scratch[w++] = c;
+        else if (replacement != '\0') g_scratch[w++] = replacement;
     }
     if (trimmedLength({g_scratch, w}) == 0) {
         out.assign("X");
@@ -217,10 +215,8 @@ void SUBSTRING(TextRef out, std::string_view s, std::string_view delimiter, int3
     // its first byte, or the trimmed end.
     long end;
     std::size_t p = t.find(delimiter, cursor);
-    if (p == std::string_view::npos)
-        end = static_cast<long>(t.size());
-    else
-        end = static_cast<long>(p) + 1 - static_cast<long>(delimiter.size());
+    if (p == std::string_view::npos) end = static_cast<long>(t.size());
+    else end = static_cast<long>(p) + 1 - static_cast<long>(delimiter.size());
     if (end <= static_cast<long>(cursor)) {
         out.clear();
         return;
@@ -263,11 +259,8 @@ int32_t NUMBEROFNUMBERS(std::string_view s) {
                 // The rest of the value changes nothing.
                 while (i + 1 < n && kClasses.c[static_cast<unsigned char>(s[i + 1])] == kNumber) ++i;
                 break;
-            case kComment:
-                return count;
-            case kSpace:
-                inNumber = false;
-                break;
+            case kComment: return count;
+            case kSpace: inNumber = false; break;
             case kComma:
                 if (inNumber) {
                     inNumber = false;
@@ -276,8 +269,7 @@ int32_t NUMBEROFNUMBERS(std::string_view s) {
                 }
                 afterComma = true;
                 break;
-            default:
-                return -count;
+            default: return -count;
         }
     }
     return count;

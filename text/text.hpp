@@ -31,9 +31,7 @@ inline int trimmedLength(std::string_view s) {
 }
 
 // The view without its trailing blanks.
-inline std::string_view trimmed(std::string_view s) {
-    return s.substr(0, static_cast<std::size_t>(trimmedLength(s)));
-}
+inline std::string_view trimmed(std::string_view s) { return s.substr(0, static_cast<std::size_t>(trimmedLength(s))); }
 
 // Sets n bytes to blanks (kept out of line: g++ 12 mistakes inlined fills of
 // these fixed arrays for overruns).

@@ -106,9 +106,9 @@ int main(int argc, char** argv) {
         // Findings are printed as the walk finds them, ahead of the summary.
         const auto report = [&](const Finding& f) {
             if (asJson)
-                std::cout << "{\"file\":" << json(file) << ",\"line\":" << f.line << ",\"kind\":" << json(kindName(f.kind))
-                          << ",\"effect\":" << json(f.effect) << ",\"repair\":" << (f.repair.empty() ? "null" : json(f.repair))
-                          << "}\n";
+                std::cout << "{\"file\":" << json(file) << ",\"line\":" << f.line
+                          << ",\"kind\":" << json(kindName(f.kind)) << ",\"effect\":" << json(f.effect)
+                          << ",\"repair\":" << (f.repair.empty() ? "null" : json(f.repair)) << "}\n";
             else
                 std::cout << file << ":" << f.line << ": " << kindName(f.kind) << ": " << f.effect
                           << (f.repair.empty() ? "; no repair" : "; repair: " + f.repair) << "\n";

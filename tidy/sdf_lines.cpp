@@ -154,8 +154,7 @@ SdfReader::~SdfReader() {
 bool SdfReader::next(SdfLine& line) {
     const IoStatus st = unitReadLine(unit_, text_);
     if (st == IoStatus::end) return false;
-    if (st == IoStatus::error)
-        throw TidyIoError("cannot read line " + std::to_string(number_ + 1) + " of " + path_);
+    if (st == IoStatus::error) throw TidyIoError("cannot read line " + std::to_string(number_ + 1) + " of " + path_);
     const int64_t stop = unitTell(unit_);
     // The same bytes from the plain read.
     line.raw.clear();

@@ -20,17 +20,17 @@ namespace {
 // starting with it is taken for a keyword line it is not.
 constexpr std::string_view kStreamKeys[] = {sdfKey::reach, sdfKey::centreline, sdfKey::endNetwork,
                                             sdfKey::endNetworkJoined};
-constexpr std::string_view kSectionKeys[] = {sdfKey::section,     sdfKey::cutLine, sdfKey::nValues,
-                                             sdfKey::levees,      sdfKey::surfaceLine, sdfKey::end,
+constexpr std::string_view kSectionKeys[] = {sdfKey::section,     sdfKey::cutLine,         sdfKey::nValues,
+                                             sdfKey::levees,      sdfKey::surfaceLine,     sdfKey::end,
                                              sdfKey::endSections, sdfKey::endNetworkJoined};
 
 // The section phase's tests in their order; a block's rows end at a line whose
 // keyword test comes no later than the block's own, that keyword is lost.
 enum Test { tSection = 2, tCut = 3, tNValues = 4, tLevees = 5, tSurface = 6 };
-constexpr std::string_view kBlockKey[] = {{}, {}, sdfKey::section, sdfKey::cutLine, sdfKey::nValues,
-                                          sdfKey::levees, sdfKey::surfaceLine};
-constexpr const char* kBlockName[] = {"", "", "CROSS-SECTION:", "CUT LINE", "NVALUES", "LEVEE POSITIONS",
-                                      "SURFACE LINE"};
+constexpr std::string_view kBlockKey[] = {
+    {}, {}, sdfKey::section, sdfKey::cutLine, sdfKey::nValues, sdfKey::levees, sdfKey::surfaceLine};
+constexpr const char* kBlockName[] = {
+    "", "", "CROSS-SECTION:", "CUT LINE", "NVALUES", "LEVEE POSITIONS", "SURFACE LINE"};
 constexpr const char* kSub[] = {"", "", "", "GetSdfCutline", "GetSdfnVals", "GetSdfLevees", "GetSdfSurfaceLine"};
 
 bool has(std::string_view line, std::string_view key) { return FLAGEXISTS(line, key); }
@@ -163,8 +163,7 @@ private:
     bool read(std::string_view where) {
         ++lineNo_;
         if (atEnd()) {
-            stop(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo_ - 1, ")."), "",
-                 "");
+            stop(lineText("ERROR - Unexpected end of file inside ", where, " (after line ", lineNo_ - 1, ")."), "", "");
             stopped_ = true;  // nothing is left to read in either mode
             return false;
         }
@@ -205,8 +204,8 @@ private:
             outcome = {false, lineNo_, std::string(message), std::string(quoted)};
             stopCounts_ = counts;
         }
-        finding(Kind::badRow, std::string(what.empty() ? "" : std::string(what) + ": ") + "stops the run with " +
-                                  quoteText(message));
+        finding(Kind::badRow,
+                std::string(what.empty() ? "" : std::string(what) + ": ") + "stops the run with " + quoteText(message));
     }
 
     // ---- stray keywords
@@ -277,14 +276,14 @@ private:
                       (l ? std::to_string(l->number) : std::string("past the end")) + ")";
             if (ids[k] == sdfKey::station) stationLost = true;
         }
-        std::string effect = "takes the " + std::to_string(n) +
-                             " lines behind it as its id lines; it misses " + missed +
-                             " and keeps the value of the one before";
+        std::string effect = "takes the " + std::to_string(n) + " lines behind it as its id lines; it misses " +
+                             missed + " and keeps the value of the one before";
         if (stationLost) {
             float v = 0;
             if (readReal4(sectionRecord.stationText.view(), v) != ReadResult::ok)
-                effect += ": no station is set, and the run stops at its END: with "
-                          "\"ERROR - converting station to numeric field\"";
+                effect +=
+                    ": no station is set, and the run stops at its END: with "
+                    "\"ERROR - converting station to numeric field\"";
         }
 
         int last = -1;
@@ -322,10 +321,8 @@ private:
 
     // An id value as taken: checks of what it does to names and attribute texts.
     void takeId(TextRef value, bool station) {
-        if (station)
-            takeStation(value);
-        else
-            takeValue(value);
+        if (station) takeStation(value);
+        else takeValue(value);
         std::string_view v = value.trimmed();
         bool unsafe = v.find('/') != std::string_view::npos || v.find('\\') != std::string_view::npos ||
                       v.find("..") != std::string_view::npos;
@@ -341,7 +338,8 @@ private:
             const std::size_t endAt = src.size() - lineEnd(src).size();
             for (std::size_t i = colon + 1; i < endAt; ++i) {
                 const unsigned char c = static_cast<unsigned char>(src[i]);
-                const bool dots = c == '.' && ((i + 1 < endAt && src[i + 1] == '.') || (i > colon + 1 && src[i - 1] == '.'));
+                const bool dots =
+                    c == '.' && ((i + 1 < endAt && src[i + 1] == '.') || (i > colon + 1 && src[i - 1] == '.'));
                 if (c < 0x20 || c == 0x7f || c == '/' || c == '\\' || c == '"' || c == ',' || dots) cur_.raw[i] = '_';
             }
             cur_.seen = cur_.raw.substr(0, cur_.seen.size());
@@ -350,10 +348,8 @@ private:
             changed = true;
             finding(unsafe ? Kind::unsafeName : Kind::quoteInId, idEffect(v, unsafe),
                     "replace those bytes by '_' (--safe-names)");
-            if (station)
-                takeStation(value);
-            else
-                takeValue(value);
+            if (station) takeStation(value);
+            else takeValue(value);
             return;
         }
         finding(unsafe ? Kind::unsafeName : Kind::quoteInId, idEffect(v, unsafe));
@@ -414,8 +410,9 @@ private:
                 continue;
             }
             if (repair_ && (stars(16, 6, x) || stars(16, 6, y)))
-                finding(Kind::asterisks, "a vertex coordinate fills its 16-column field with asterisks in the "
-                                         "streams layer (.mif)");
+                finding(Kind::asterisks,
+                        "a vertex coordinate fills its 16-column field with asterisks in the "
+                        "streams layer (.mif)");
         }
         ++counts.reaches;
         const std::size_t record = sectionRecord.streamId.trimmed().size() + sectionRecord.reachId.trimmed().size() + 5;
@@ -433,14 +430,13 @@ private:
             if (repair_ && stray(kSectionKeys, std::size(kSectionKeys))) continue;
             if (has(textLine, sdfKey::section)) {
                 if (repair_ && (rec.hasCutLine || rec.hasNValues || rec.hasLevees || rec.hasSurfaceLine))
-                    finding(Kind::missingEnd,
-                            "the section before (line " + std::to_string(sectionLine_) +
-                                ") has no END: line: its blocks pass on to this section");
+                    finding(Kind::missingEnd, "the section before (line " + std::to_string(sectionLine_) +
+                                                  ") has no END: line: its blocks pass on to this section");
                 sectionLine_ = cur_.number;
                 static constexpr std::string_view ids[] = {sdfKey::streamId, sdfKey::reachId, sdfKey::station};
                 static constexpr std::string_view enders[] = {
-                    sdfKey::section, sdfKey::cutLine, sdfKey::nValues,     sdfKey::levees,
-                    sdfKey::surfaceLine, sdfKey::end, sdfKey::endSections, sdfKey::endNetworkJoined};
+                    sdfKey::section,     sdfKey::cutLine, sdfKey::nValues,     sdfKey::levees,
+                    sdfKey::surfaceLine, sdfKey::end,     sdfKey::endSections, sdfKey::endNetworkJoined};
                 if (repair_) fixHead(ids, 3, enders, std::size(enders), "the section");
                 if (!read("a cross-section head")) return;
                 if (has(textLine, sdfKey::streamId)) takeId(rec.streamId, false);
@@ -475,8 +471,7 @@ private:
             if (has(textLine, sdfKey::endSections) || has(textLine, sdfKey::endNetworkJoined)) finished = true;
         }
         if (repair_ && (rec.hasCutLine || rec.hasNValues || rec.hasLevees || rec.hasSurfaceLine))
-            finding(Kind::missingEnd, "the section has no END: line: the converter never writes it", "",
-                    sectionLine_);
+            finding(Kind::missingEnd, "the section has no END: line: the converter never writes it", "", sectionLine_);
     }
 
     // A keyword in the line that ended a block whose test this pass has
@@ -507,7 +502,9 @@ private:
 
     void block(int test) {
         int32_t count = 0;
-        const std::string where = std::string(test == tCut ? "a " : test == tNValues ? "an " : "a ") +
+        const std::string where = std::string(test == tCut       ? "a "
+                                              : test == tNValues ? "an "
+                                                                 : "a ") +
                                   kBlockName[test] + " block";
         for (;;) {
             if (!read(where)) return;
@@ -519,8 +516,8 @@ private:
                 if (repair_ && test == tSurface && noElevation(true)) continue;
                 const std::string_view lost = lostKeyword(test);
                 if (repair_ && !lost.empty()) {
-                    const std::string effect = "its " + std::string(lost) + " directly behind the " +
-                                               kBlockName[test] + " block is passed over: that block is lost";
+                    const std::string effect = "its " + std::string(lost) + " directly behind the " + kBlockName[test] +
+                                               " block is passed over: that block is lost";
                     if (test == tLevees) {
                         finding(Kind::lostBlock, effect);
                     } else {
@@ -553,8 +550,9 @@ private:
             if (count <= kSdfMaxRows) {
                 ok = readXY(line, rec.cutX[count], rec.cutY[count]) == ReadResult::ok;
                 if (ok && repair_ && (stars(16, 6, rec.cutX[count]) || stars(16, 6, rec.cutY[count])))
-                    finding(Kind::asterisks,
-                            "a cut line coordinate fills its 16-column field with asterisks in the cut_line layer (.mif)");
+                    finding(
+                        Kind::asterisks,
+                        "a cut line coordinate fills its 16-column field with asterisks in the cut_line layer (.mif)");
             }
         } else {
             const int32_t limit = test == tLevees ? kSdfMaxLevees : kSdfMaxRows;
@@ -575,8 +573,9 @@ private:
                 if (ok && repair_) {
                     std::string where;
                     if (stars(16, 6, rec.surfX[count]) || stars(16, 6, rec.surfY[count]))
-                        where = "a coordinate fills its 16-column field with asterisks in the surf_pts, surf_line "
-                                "and end_pts layers (.mif)";
+                        where =
+                            "a coordinate fills its 16-column field with asterisks in the surf_pts, surf_line "
+                            "and end_pts layers (.mif)";
                     if (stars(12, 3, rec.surfZ[count]))
                         where += std::string(where.empty() ? "" : "; ") +
                                  "the elevation fills its 12-column field with asterisks in the surf_pts and "
@@ -679,7 +678,7 @@ private:
                     finding(Kind::asterisks,
                             std::string("levee marker ") + std::to_string(j) + " lands on " +
                                 (std::isnan(x) || std::isnan(y) ? "no number (its fraction is not a number)"
-                                                                 : "a coordinate too large") +
+                                                                : "a coordinate too large") +
                                 ": asterisks in the levee_pts layer (.mif)",
                             "", sectionLine_);
                     break;

@@ -28,7 +28,7 @@ enum class Kind {
 const char* kindName(Kind k);
 
 struct Finding {
-    int32_t line = 0;    // line number in the input
+    int32_t line = 0;  // line number in the input
     Kind kind = Kind::badRow;
     std::string effect;  // what the converter does with the line
     std::string repair;  // what the repaired copy changes; empty when nothing

@@ -47,8 +47,8 @@ void dbfReadHeader(GisDbfState& d) {
     unsigned char h[32];
     if (unitRewind(u) != IoStatus::ok) gisStopMessage(k0403);
     headerBytes(u, h, sizeof h);
-    d.recordCount = static_cast<int32_t>(uint32_t{h[4]} | uint32_t{h[5]} << 8 | uint32_t{h[6]} << 16 |
-                                         uint32_t{h[7]} << 24);
+    d.recordCount =
+        static_cast<int32_t>(uint32_t{h[4]} | uint32_t{h[5]} << 8 | uint32_t{h[6]} << 16 | uint32_t{h[7]} << 24);
     const int32_t headerLength = h[8] | h[9] << 8;
     {
         GisLine l;
@@ -90,8 +90,8 @@ void dbfReadHeader(GisDbfState& d) {
     }
     for (int i = 1; i <= d.fieldCount; ++i) {
         GisLine l;
-        l << "   " << d.names[i].trimmed() << " [" << countText(i) << "/" << d.types[i] << "/"
-          << countText(d.widths[i]) << "]";
+        l << "   " << d.names[i].trimmed() << " [" << countText(i) << "/" << d.types[i] << "/" << countText(d.widths[i])
+          << "]";
         gisReport(0, l.view());
     }
 }

@@ -91,7 +91,8 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
 }
 
 void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, bool large) {
-    const std::string_view writeFailed = large ? "ERROR 0417 - Writing large .dbf record." : "ERROR 0417 - Writing .dbf record.";
+    const std::string_view writeFailed =
+        large ? "ERROR 0417 - Writing large .dbf record." : "ERROR 0417 - Writing .dbf record.";
     gRecord[0] = ' ';  // not deleted
 
     const int count = std::min(dbf.fieldCount, kDbfMaxFields);

@@ -233,10 +233,8 @@ void assign(int32_t gisID, const Frame& f, const Modes& m, const Grids& g, GisOb
     }
 
     Text<32> valueText;
-    if (m.useInteger)
-        AINTEGER(valueText, roundHalfAway(value));
-    else
-        AREAL(valueText, value);
+    if (m.useInteger) AINTEGER(valueText, roundHalfAway(value));
+    else AREAL(valueText, value);
 
     const int32_t parts = object.np;
     for (int32_t sub = 1; sub <= parts; ++sub) {
@@ -277,12 +275,9 @@ void assign(int32_t gisID, const Frame& f, const Modes& m, const Grids& g, GisOb
         }
         conWrite(head.view());
 
-        if (pointLike)
-            assignPoints(g, f, m, jLow, iLow, jHigh, iHigh, value, count);
-        else if (object.isRegion)
-            assignRegion(g, f, m, object, n, value, count);
-        else
-            assignLine(g, f, m, n, value, count);
+        if (pointLike) assignPoints(g, f, m, jLow, iLow, jHigh, iHigh, value, count);
+        else if (object.isRegion) assignRegion(g, f, m, object, n, value, count);
+        else assignLine(g, f, m, n, value, count);
 
         GisLine tail;
         tail.put(6, count);

@@ -37,12 +37,18 @@ struct Keyword {
 
 // Tested in this order; the first whose letters begin the statement wins.
 constexpr Keyword kKeywords[] = {
-    {"POINT", &GisObject::isPoint},         {"PLINE MULTIPLE", &GisObject::isPlineMultiple},
-    {"PLINE", &GisObject::isPline},         {"LINE", &GisObject::isLine},
-    {"REGION", &GisObject::isRegion},       {"MULTIPOINT", &GisObject::isMultiPoint},
-    {"NONE", &GisObject::isNone},           {"RECT", &GisObject::isRect},
-    {"ROUNDRECT", &GisObject::isRoundRect}, {"TEXT", &GisObject::isText},
-    {"ARC", &GisObject::isArc},             {"ELLIPSE", &GisObject::isEllipse},
+    {"POINT", &GisObject::isPoint},
+    {"PLINE MULTIPLE", &GisObject::isPlineMultiple},
+    {"PLINE", &GisObject::isPline},
+    {"LINE", &GisObject::isLine},
+    {"REGION", &GisObject::isRegion},
+    {"MULTIPOINT", &GisObject::isMultiPoint},
+    {"NONE", &GisObject::isNone},
+    {"RECT", &GisObject::isRect},
+    {"ROUNDRECT", &GisObject::isRoundRect},
+    {"TEXT", &GisObject::isText},
+    {"ARC", &GisObject::isArc},
+    {"ELLIPSE", &GisObject::isEllipse},
     {"COLLECTION", nullptr},
 };
 
@@ -311,8 +317,8 @@ bool mifObjectType(int32_t unit, TextRef line, TextRef lineRest, GisObject& o, b
     }
 }
 
-bool mifObject(int32_t unit, std::string_view lineRest, GisObject& o, double* X, double* Y, int32_t maxN,
-               int32_t& N, bool& needsCentre, double& cx, double& cy, bool wantCoordinates) {
+bool mifObject(int32_t unit, std::string_view lineRest, GisObject& o, double* X, double* Y, int32_t maxN, int32_t& N,
+               bool& needsCentre, double& cx, double& cy, bool wantCoordinates) {
     if (unit < 1) return false;
     double v[4];
     if (o.isPoint) {
@@ -383,10 +389,8 @@ void mifReadCoordSysLine(TextRef result, std::string_view name) {
     int32_t unit = 0;
     OPENERFREE(unit, "I ", file, 0);
     static Text<kNameCap> line;
-    if (findLine(unit, line, "CoordSys"))
-        result.assign(line.view());
-    else
-        warnAndPause("WARNING 0312 - Problems finding CoordSys line in .mif file");
+    if (findLine(unit, line, "CoordSys")) result.assign(line.view());
+    else warnAndPause("WARNING 0312 - Problems finding CoordSys line in .mif file");
     CLOSER(unit);
 }
 

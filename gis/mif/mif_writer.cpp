@@ -47,8 +47,8 @@ struct MifOut {
 void writeParts(MifOut& out, const GisObject& o) {
     for (int32_t p = 1; p <= o.nr; ++p) {
         const int32_t first = o.ir[p];
-        const int64_t count = p < o.nr ? static_cast<int64_t>(o.ir[p + 1]) - first
-                                       : static_cast<int64_t>(gisN) - first + 1;
+        const int64_t count =
+            p < o.nr ? static_cast<int64_t>(o.ir[p + 1]) - first : static_cast<int64_t>(gisN) - first + 1;
         out.counted(" ", count);
         if (count > 0) out.points(first, static_cast<int32_t>(count));
     }
@@ -126,7 +126,8 @@ void mifWriteObject(int32_t gisID, const GisObject& o) {
         out.line("none");
     } else {
         gisStopMessage(
-            "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact " REACHMAP_SUPPORT ".");
+            "ERROR 0350 - Trying to write a MIF object that is not yet supported.  Please contact " REACHMAP_SUPPORT
+            ".");
     }
     if (!o.isNone && !m.style1.blank()) {
         out.line(m.style1.trimmed());

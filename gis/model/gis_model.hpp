@@ -10,12 +10,12 @@
 
 #include "text/text.hpp"
 
-constexpr int kGisMaxLayers = 100;      // layer slots, gisID 1..100
-constexpr int kGisMaxParts = 10000;     // parts of one object
-constexpr int kGisMaxPoints = 100000;   // points of one object
-constexpr int kGisMaxAttributes = 256;  // attributes of gisA_
-constexpr int kDbfMaxFields = 128;      // fields of one .dbf
-constexpr int kGisMaxInputLayers = 999; // tracked input layers
+constexpr int kGisMaxLayers = 100;       // layer slots, gisID 1..100
+constexpr int kGisMaxParts = 10000;      // parts of one object
+constexpr int kGisMaxPoints = 100000;    // points of one object
+constexpr int kGisMaxAttributes = 256;   // attributes of gisA_
+constexpr int kDbfMaxFields = 128;       // fields of one .dbf
+constexpr int kGisMaxInputLayers = 999;  // tracked input layers
 
 // File families, the values of gisFormat and of gisFormatOfFile. A .csv
 // opened for its attributes alone is a family of its own only while it is

@@ -194,8 +194,7 @@ bool OpenshpFile(std::string_view name, std::string_view letter, GisDbfState& db
     return true;
 }
 
-int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode,
-                     std::string_view shapeLetters) {
+int32_t gisOpenLayer(std::string_view name, bool attributesOnly, std::string_view mode, std::string_view shapeLetters) {
     {
         GisLine l;
         l << "Opening GIS Layer: " << trimmed(name);
@@ -253,7 +252,8 @@ void gisWriteEoF(int32_t gisID) {
 
 void gisCloseLayer(int32_t& gisID) {
     if (gisBadId(gisID)) {
-        gisReport(0, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact " REACHMAP_SUPPORT ".");
+        gisReport(
+            0, "SOFTWARE CHECK - Trying to close a GIS Layer that's not open.  Please contact " REACHMAP_SUPPORT ".");
         return;
     }
     const int32_t id = gisID;

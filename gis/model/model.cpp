@@ -5,10 +5,10 @@
 
 #include "gis/gis.hpp"
 #include "gis/model/gis_internal.hpp"
-#include "text/numbers.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
+#include "text/numbers.hpp"
 #include "text/support.hpp"
 
 // ---- The layer table -------------------------------------------------------
@@ -33,11 +33,11 @@ Text<100000> gisRecordLineLarge;
 // "Polyline" and "PolyLineZ" differ in the case of the L: the names stand as
 // the system prints them.
 Text<16> gisShapeTypeNames[33] = {
-    "Null Shape", "Point",      "Unknown",     "Polyline",  "Unknown",   "Polygon",   "Unknown",
-    "Unknown",    "MultiPoint", "Unknown",     "Unknown",   "PointZ",    "Unknown",   "PolyLineZ",
-    "Unknown",    "PolygonZ",   "Unknown",     "Unknown",   "MultiPointZ", "Unknown", "Unknown",
-    "PointM",     "Unknown",    "PolyLineM",   "Unknown",   "PolygonM",  "Unknown",   "Unknown",
-    "MultiPointM", "Unknown",   "Unknown",     "MultiPatch", "Unknown",
+    "Null Shape",  "Point",      "Unknown",   "Polyline",   "Unknown",     "Polygon", "Unknown",
+    "Unknown",     "MultiPoint", "Unknown",   "Unknown",    "PointZ",      "Unknown", "PolyLineZ",
+    "Unknown",     "PolygonZ",   "Unknown",   "Unknown",    "MultiPointZ", "Unknown", "Unknown",
+    "PointM",      "Unknown",    "PolyLineM", "Unknown",    "PolygonM",    "Unknown", "Unknown",
+    "MultiPointM", "Unknown",    "Unknown",   "MultiPatch", "Unknown",
 };
 
 // ---- Settings --------------------------------------------------------------

@@ -246,8 +246,8 @@ void gisReadRecord(int32_t gisID, GisObject& object, TextRef line) {
     gisStopMessage(l.view());
 }
 
-void gisReadObject(int32_t gisID, GisObject& o, double* X, double* Y, int32_t maxN, int32_t& N, double& cx,
-                   double& cy, float& angle, float& length, bool wantCoordinates) {
+void gisReadObject(int32_t gisID, GisObject& o, double* X, double* Y, int32_t maxN, int32_t& N, double& cx, double& cy,
+                   float& angle, float& length, bool wantCoordinates) {
     const int32_t family = familyOf(gisID, "gisReadObject");
     angle = 0.0f;
     length = 0.0f;

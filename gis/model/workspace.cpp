@@ -94,10 +94,8 @@ void gisRecordInputLayer(int32_t gisID, std::string_view stem, std::string_view 
         if (e.substr(0, 3) == ".mi") {
             Text<1000> tab(stem);
             tab.ref().append(".tab");
-            if (platformFileExists(tab))
-                l << "Open Table \"" << tab.trimmed() << '"';
-            else
-                l << "! .mif/.mid Layer with no .tab Layer \"" << stem << e << '"';
+            if (platformFileExists(tab)) l << "Open Table \"" << tab.trimmed() << '"';
+            else l << "! .mif/.mid Layer with no .tab Layer \"" << stem << e << '"';
         } else {
             l << "! Non-MapInfo .tab Layer \"" << stem << e << '"';
         }

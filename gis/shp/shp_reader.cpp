@@ -159,9 +159,7 @@ bool shpObjectType(GisShpState& s, GisObject& o) {
 
     int64_t needed = 2;  // words of content that the counts call for
     switch (type) {
-        case kShapeNull:
-            o.isNone = true;
-            break;
+        case kShapeNull: o.isNone = true; break;
         case kShapePoint:
             o.isPoint = true;
             needed = 10;
@@ -222,8 +220,7 @@ bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& o, double* X, dou
                    bool wantCoordinates) {
     if (unit < 1) return false;
     switch (shapeType) {
-        case kShapeNull:
-            break;
+        case kShapeNull: break;
         case kShapePoint:
         case kShapeMultiPoint:
             needSlots(1, maxN);
@@ -278,8 +275,7 @@ bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& o, double* X, dou
             N = static_cast<int32_t>(n);
             break;
         }
-        default:
-            gisStopMessage(kNotHere);
+        default: gisStopMessage(kNotHere);
     }
     o.isWritten = true;
     return true;
@@ -303,7 +299,8 @@ void prjProjectionCheck(std::string_view prjName) {
     static Text<kNameCap> name, reference;
     prjProjectionName(name, line);
     if (!FLAGEXISTS(line.view(), "PROJCS["))
-        gisReport(1, "WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.");
+        gisReport(1,
+                  "WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.");
     TRIMF(name, name);
     // The reference is kept in this form already; forming it again costs
     // nothing and forgives a caller that set it as the file spells it.

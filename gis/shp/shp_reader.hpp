@@ -27,8 +27,8 @@ bool shpObjectType(GisShpState& shp, GisObject& object);
 // Reads the coordinates of one point, one multipoint member, one polyline
 // part or a whole polygon (in the slot layout with a copy of each ring's
 // second point behind it). False when the unit is not open.
-bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& object, double* X, double* Y, int32_t maxN,
-                   int32_t& N, bool wantCoordinates);
+bool shpReadObject(int32_t unit, int32_t shapeType, GisObject& object, double* X, double* Y, int32_t maxN, int32_t& N,
+                   bool wantCoordinates);
 
 // True when the records of the set are all read: the position has reached
 // the length the header states, or the end of the file.

@@ -40,15 +40,15 @@ struct BinOut {
     void i32(int32_t v, bool bigEndian) {
         room(4);
         const auto u = static_cast<uint32_t>(v);
-        for (int i = 0; i < 4; ++i) buf[n + static_cast<std::size_t>(i)] =
-            static_cast<unsigned char>(u >> (bigEndian ? 24 - 8 * i : 8 * i));
+        for (int i = 0; i < 4; ++i)
+            buf[n + static_cast<std::size_t>(i)] = static_cast<unsigned char>(u >> (bigEndian ? 24 - 8 * i : 8 * i));
         n += 4;
     }
     void f64(double v, bool bigEndian) {
         room(8);
         const auto u = std::bit_cast<uint64_t>(v);
-        for (int i = 0; i < 8; ++i) buf[n + static_cast<std::size_t>(i)] =
-            static_cast<unsigned char>(u >> (bigEndian ? 56 - 8 * i : 8 * i));
+        for (int i = 0; i < 8; ++i)
+            buf[n + static_cast<std::size_t>(i)] = static_cast<unsigned char>(u >> (bigEndian ? 56 - 8 * i : 8 * i));
         n += 8;
     }
     void send() {
@@ -115,7 +115,8 @@ void writeRecord(GisObject& o, GisShpState& s) {
         length = 2;
     } else {
         gisStopMessage(
-            "ERROR 0350 - Trying to write a SHP object that is not yet supported.  Please contact " REACHMAP_SUPPORT ".");
+            "ERROR 0350 - Trying to write a SHP object that is not yet supported.  Please contact " REACHMAP_SUPPORT
+            ".");
     }
     s.recordShapeType = type;
 

@@ -29,10 +29,8 @@ struct RunResult {
 inline std::string quote(const std::string& s) {
     std::string q = "'";
     for (char c : s) {
-        if (c == '\'')
-            q += "'\\''";
-        else
-            q += c;
+        if (c == '\'') q += "'\\''";
+        else q += c;
     }
     return q + "'";
 }
@@ -51,8 +49,8 @@ inline fs::path scratch(const std::string& name) {
 inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& args, const std::string& input = "",
                           int seconds = 0) {
     writeFile(dir / ".stdin", input);
-    std::string cmd = "cd " + quote(dir.string()) + " && " + (seconds > 0 ? "timeout " + std::to_string(seconds) + " " : "") +
-                      quote(REACHMAP_EXE);
+    std::string cmd = "cd " + quote(dir.string()) + " && " +
+                      (seconds > 0 ? "timeout " + std::to_string(seconds) + " " : "") + quote(REACHMAP_EXE);
     for (const auto& a : args) cmd += " " + quote(a);
     cmd += " < .stdin > .stdout 2> .stderr";
     RunResult r;
@@ -67,10 +65,8 @@ inline RunResult reachmap(const fs::path& dir, const std::vector<std::string>& a
 inline std::vector<std::string> lines(const std::string& s) {
     std::vector<std::string> v(1);
     for (char c : s) {
-        if (c == '\n')
-            v.emplace_back();
-        else
-            v.back() += c;
+        if (c == '\n') v.emplace_back();
+        else v.back() += c;
     }
     return v;
 }

@@ -80,8 +80,8 @@ std::string runHere(const fs::path& dir, const char* format, bool fork) {
 // with layers open, records written and the tables of the section export
 // filled.
 const std::string kSource = readFile(fs::path(REACHMAP_SOURCE_DIR) / "examples" / "river.sdf");
-const std::string kExample = kSource.substr(0, kSource.find("NVALUES:")) + "NO N TABLE:" +
-                             kSource.substr(kSource.find("NVALUES:") + 8);
+const std::string kExample =
+    kSource.substr(0, kSource.find("NVALUES:")) + "NO N TABLE:" + kSource.substr(kSource.find("NVALUES:") + 8);
 std::string stopsInFourthSection() {
     std::size_t at = 0;
     for (int i = 0; i < 4; ++i) at = kSource.find("STATION:", at + 1);

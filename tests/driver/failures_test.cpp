@@ -11,7 +11,8 @@ using namespace e2e;
 
 bool endsInOrder(const RunResult& r) {
     const std::string tail = "\nPress Enter to Close";
-    return r.status == 0 && r.out.size() >= tail.size() && r.out.compare(r.out.size() - tail.size(), tail.size(), tail) == 0;
+    return r.status == 0 && r.out.size() >= tail.size() &&
+           r.out.compare(r.out.size() - tail.size(), tail.size(), tail) == 0;
 }
 
 int errorLines(const std::string& out) {
@@ -39,42 +40,80 @@ struct Case {
 TEST(Failures, EachStopsInOrderWithItsMessage) {
     const std::string surface = "SURFACE LINE:\r\n0, 0, 1\r\n10, 0, 2\r\n";
     const std::vector<Case> cases = {
-        {"unknown_option", "", {"-xyz", "a.sdf"},
+        {"unknown_option",
+         "",
+         {"-xyz", "a.sdf"},
          {"ERROR - Unrecognised option -xyz, use -shp, -mif or -notrim (run with no arguments for help)."}},
-        {"both_formats", "", {"-mif", "-shp", "-mif", "a.sdf"},
+        {"both_formats",
+         "",
+         {"-mif", "-shp", "-mif", "a.sdf"},
          {"ERROR - Both mif and shp outputs specified, please use only one."}},
-        {"no_prj", "x\r\n", {"-shp", "a.sdf"}, {"ERROR - A Header.prj or Projection.prj file does not exist in folder."}},
-        {"no_mif", "x\r\n", {"-mif", "a.sdf"}, {"ERROR - A Header.mif or Projection.mif file does not exist in folder."}},
-        {"bad_vertex", network("1, abc\r\nEND:\r\n"), {"a.sdf"},
+        {"no_prj",
+         "x\r\n",
+         {"-shp", "a.sdf"},
+         {"ERROR - A Header.prj or Projection.prj file does not exist in folder."}},
+        {"no_mif",
+         "x\r\n",
+         {"-mif", "a.sdf"},
+         {"ERROR - A Header.mif or Projection.mif file does not exist in folder."}},
+        {"bad_vertex",
+         network("1, abc\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file:", "", "1, abc", ""}},
         {"short_vertex", network("5\r\nEND:\r\n"), {"a.sdf"}, {"", "ERROR reading data", ""}},
         {"blank_vertex", network("\r\nEND:\r\n"), {"a.sdf"}, {"", "ERROR reading data", ""}},
-        {"bad_cut_row", oneSection("STATION:1\r\nCUT LINE:\r\n1, x\r\nEND:\r\n"), {"a.sdf"},
+        {"bad_cut_row",
+         oneSection("STATION:1\r\nCUT LINE:\r\n1, x\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfCutline", "", "1, x", ""}},
         // "END:" begins with a number byte, so it counts as a row of the cut line.
-        {"cut_line_then_end", oneSection("STATION:1\r\nCUT LINE:\r\n1, 2\r\nEND:\r\n"), {"a.sdf"},
+        {"cut_line_then_end",
+         oneSection("STATION:1\r\nCUT LINE:\r\n1, 2\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfCutline", "", "END:", ""}},
-        {"bad_n_row", oneSection("STATION:1\r\nNVALUES:\r\n0.5\r\nEND:\r\n"), {"a.sdf"},
+        {"bad_n_row",
+         oneSection("STATION:1\r\nNVALUES:\r\n0.5\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfnVals", "", "0.5", ""}},
-        {"levee_row_without_comma", oneSection("STATION:1\r\nLEVEE POSITIONS:\r\nL 0.5\r\nEND:\r\n"), {"a.sdf"},
+        {"levee_row_without_comma",
+         oneSection("STATION:1\r\nLEVEE POSITIONS:\r\nL 0.5\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfLevees", "", "L 0.5", ""}},
-        {"levee_row_one_comma", oneSection("STATION:1\r\nLEVEE POSITIONS:\r\nL, 0.5\r\nEND:\r\n"), {"a.sdf"},
+        {"levee_row_one_comma",
+         oneSection("STATION:1\r\nLEVEE POSITIONS:\r\nL, 0.5\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfLevees"}},
-        {"levee_blank_row", oneSection("STATION:1\r\nLEVEE POSITIONS:\r\n\r\nEND:\r\n"), {"a.sdf"},
+        {"levee_blank_row",
+         oneSection("STATION:1\r\nLEVEE POSITIONS:\r\n\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfLevees"}},
-        {"bad_surface_row", oneSection("STATION:1\r\nSURFACE LINE:\r\n1, 2\r\nEND:\r\n"), {"a.sdf"},
+        {"bad_surface_row",
+         oneSection("STATION:1\r\nSURFACE LINE:\r\n1, 2\r\nEND:\r\n"),
+         {"a.sdf"},
          {"ERROR - Reading following line in file in sub GetSdfSurfaceLine", "", "1, 2", ""}},
-        {"bad_station", oneSection("STATION:abc\r\n" + surface + "END:\r\n"), {"a.sdf"},
+        {"bad_station",
+         oneSection("STATION:abc\r\n" + surface + "END:\r\n"),
+         {"a.sdf"},
          {"ERROR - converting station to numeric field"}},
-        {"end_before_any_station", "title\r\nEND STREAM NETWORK:\r\nEND:\r\n", {"a.sdf"},
+        {"end_before_any_station",
+         "title\r\nEND STREAM NETWORK:\r\nEND:\r\n",
+         {"a.sdf"},
          {"ERROR - converting station to numeric field"}},
-        {"eof_in_reach_block", "title\r\nREACH:\r\nSTREAM ID: S\r\n", {"a.sdf"},
+        {"eof_in_reach_block",
+         "title\r\nREACH:\r\nSTREAM ID: S\r\n",
+         {"a.sdf"},
          {"ERROR - Unexpected end of file inside a reach block (after line 3)."}},
-        {"eof_in_vertex_list", network("1, 2\r\n"), {"a.sdf"},
+        {"eof_in_vertex_list",
+         network("1, 2\r\n"),
+         {"a.sdf"},
          {"ERROR - Unexpected end of file inside a CENTERLINE vertex list (after line 7)."}},
-        {"eof_in_section_head", "title\r\nEND STREAM NETWORK:\r\nCROSS-SECTION:\r\nSTREAM ID:S\r\n", {"a.sdf"},
+        {"eof_in_section_head",
+         "title\r\nEND STREAM NETWORK:\r\nCROSS-SECTION:\r\nSTREAM ID:S\r\n",
+         {"a.sdf"},
          {"ERROR - Unexpected end of file inside a cross-section head (after line 4)."}},
-        {"eof_in_cut_line", oneSection("STATION:1\r\nCUT LINE:\r\n1, 2\r\n"), {"a.sdf"},
+        {"eof_in_cut_line",
+         oneSection("STATION:1\r\nCUT LINE:\r\n1, 2\r\n"),
+         {"a.sdf"},
          {"ERROR - Unexpected end of file inside a CUT LINE block (after line 8)."}},
     };
     for (const auto& c : cases) {
@@ -103,23 +142,25 @@ TEST(Failures, ProjectionFiles) {
     writeFile(d / "Projection.mif", "CoordSys Earth Projection 1, 104\r\n");
     RunResult r = reachmap(d, {"-mif", "a.sdf"});
     EXPECT_TRUE(endsInOrder(r));
-    EXPECT_TRUE(linesInOrder(r.out, {"Using Header.mif for setting projection.", "",
-                                     "ERROR - Unable to find CoordSys line in Header.mif"}))
+    EXPECT_TRUE(linesInOrder(
+        r.out, {"Using Header.mif for setting projection.", "", "ERROR - Unable to find CoordSys line in Header.mif"}))
         << r.out;
 
     writeFile(d / "Header.prj", "");
     r = reachmap(d, {"-shp", "a.sdf"});
     EXPECT_TRUE(endsInOrder(r));
-    EXPECT_TRUE(linesInOrder(r.out, {"GIS Projection being extracted from Header.prj", "",
-                                     "ERROR - Projection line could not be found in \"GIS Projection\" .prj file.Header.prj"}))
+    EXPECT_TRUE(
+        linesInOrder(r.out, {"GIS Projection being extracted from Header.prj", "",
+                             "ERROR - Projection line could not be found in \"GIS Projection\" .prj file.Header.prj"}))
         << r.out;
 }
 
 TEST(Failures, WhatWasWrittenStaysOnDisk) {
     // The streams layer is complete when a bad station stops the section phase.
     fs::path d = scratch("fail_keeps_streams");
-    writeFile(d / "a.sdf", "t\r\nREACH:\r\nSTREAM ID: S\r\nREACH ID: R\r\nCENTERLINE:\r\n0, 0\r\n3, 4\r\nEND:\r\n"
-                           "END STREAM NETWORK:\r\nCROSS-SECTION:\r\nSTREAM ID:S\r\nREACH ID:R\r\nSTATION:x1\r\nEND:\r\n");
+    writeFile(d / "a.sdf",
+              "t\r\nREACH:\r\nSTREAM ID: S\r\nREACH ID: R\r\nCENTERLINE:\r\n0, 0\r\n3, 4\r\nEND:\r\n"
+              "END STREAM NETWORK:\r\nCROSS-SECTION:\r\nSTREAM ID:S\r\nREACH ID:R\r\nSTATION:x1\r\nEND:\r\n");
     RunResult r = reachmap(d, {"a.sdf"});
     EXPECT_TRUE(endsInOrder(r));
     EXPECT_TRUE(linesInOrder(r.out, {"ERROR - converting station to numeric field"}));
@@ -161,13 +202,27 @@ TEST(CommandLine, HelpAndOptionForms) {
     fs::path d = scratch("help");
     RunResult r = reachmap(d, {});
     EXPECT_TRUE(endsInOrder(r));
-    EXPECT_TRUE(linesInOrder(r.out, {"", "Build 2023-01-AA", "", "", "Found  1 arguments", "", " reachmap description",
-                                     "", " Converts HECRAS SDF (export format) to GIS format",
+    EXPECT_TRUE(linesInOrder(r.out, {"",
+                                     "Build 2023-01-AA",
+                                     "",
+                                     "",
+                                     "Found  1 arguments",
+                                     "",
+                                     " reachmap description",
+                                     "",
+                                     " Converts HECRAS SDF (export format) to GIS format",
                                      " Outlines Centreline, cross-section locations and cross section in .csv format",
-                                     " Options:", "", " GIS FORMAT:", "    -shp for shapefile format",
-                                     "    -mif for MapInfo format", "    Note: Only one can be specified.", "",
-                                     " LEVEE MARKERS:", "    -notrim, do not trim cross-sections to levee markers.",
-                                     " EXAMPLES:", "    reachmap.exe -shp hecras.sdf"}))
+                                     " Options:",
+                                     "",
+                                     " GIS FORMAT:",
+                                     "    -shp for shapefile format",
+                                     "    -mif for MapInfo format",
+                                     "    Note: Only one can be specified.",
+                                     "",
+                                     " LEVEE MARKERS:",
+                                     "    -notrim, do not trim cross-sections to levee markers.",
+                                     " EXAMPLES:",
+                                     "    reachmap.exe -shp hecras.sdf"}))
         << r.out;
     // The banner has a blank line before and after it; the Found line one before.
     EXPECT_EQ(r.out.substr(0, 39), "\nBuild 2023-01-AA\n\n\nFound  1 arguments\n") << r.out;

@@ -22,9 +22,9 @@ namespace {
 using namespace e2e;
 
 struct Expected {
-    int centrelines = 0;    // CENTERLINE blocks of the stream network
-    int cutLines = 0;       // sections with a CUT LINE block
-    int surfaceLines = 0;   // sections whose SURFACE LINE has two points or more
+    int centrelines = 0;       // CENTERLINE blocks of the stream network
+    int cutLines = 0;          // sections with a CUT LINE block
+    int surfaceLines = 0;      // sections whose SURFACE LINE has two points or more
     bool headsInPlace = true;  // every section head has its three id lines right behind it
 };
 
@@ -36,7 +36,8 @@ bool has(const std::string& line, const char* word) {
 
 bool numericRow(const std::string& line) {
     std::size_t i = line.find_first_not_of(" \t\r");
-    return i != std::string::npos && (std::isdigit(static_cast<unsigned char>(line[i])) || line[i] == '-' || line[i] == '.');
+    return i != std::string::npos &&
+           (std::isdigit(static_cast<unsigned char>(line[i])) || line[i] == '-' || line[i] == '.');
 }
 
 // Counts the blocks of a file from its structure alone.
@@ -97,7 +98,7 @@ int strayCentreline(const std::string& text, std::string& nextLine) {
 }
 
 // Prefix, suffix round the SDF file's stem, and the SHP set letter.
-const char* const kLayers[][3] = {{"", ".sdf_streams", "L"}, {"", "_surf_pts", "P"},  {"2d_zsh_", "_end_pts", "P"},
+const char* const kLayers[][3] = {{"", ".sdf_streams", "L"},     {"", "_surf_pts", "P"}, {"2d_zsh_", "_end_pts", "P"},
                                   {"1d_xs_", "_surf_line", "L"}, {"", "_cut_line", "L"}, {"", "_levee_pts", "P"}};
 
 // One layer's objects, the widths of its .dbf fields, and what the console showed.
@@ -217,7 +218,8 @@ TEST_P(RealFiles, ConvertInBothFormatsAndReadBack) {
         if (stray > 0) {
             EXPECT_TRUE(linesInOrder(r.out, {"Found CENTERLINE on line " + std::to_string(stray),
                                              "ERROR - Reading following line in file:", "", badVertex}))
-                << where << "\n" << r.out;
+                << where << "\n"
+                << r.out;
             EXPECT_EQ(featureCount(layer(0)), 0) << where;
             EXPECT_FALSE(fs::exists(layer(4))) << where;
             continue;
@@ -230,8 +232,7 @@ TEST_P(RealFiles, ConvertInBothFormatsAndReadBack) {
         const int sections = want.headsInPlace ? 1 : 0;
         if (want.headsInPlace)
             EXPECT_TRUE(linesInOrder(r.out, {"Finished."})) << where << "\n" << r.out.substr(0, 3000);
-        else
-            EXPECT_TRUE(linesInOrder(r.out, {"ERROR - converting station to numeric field"})) << where;
+        else EXPECT_TRUE(linesInOrder(r.out, {"ERROR - converting station to numeric field"})) << where;
         EXPECT_EQ(featureCount(layer(4)), sections * want.cutLines) << where;
         EXPECT_EQ(featureCount(layer(3)), sections * want.surfaceLines) << where;
         EXPECT_EQ(featureCount(layer(2)), sections * 2 * want.surfaceLines) << where;

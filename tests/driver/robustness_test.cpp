@@ -26,11 +26,36 @@ struct Rng {
 
 // Pieces that matter to the scanner, for splicing into the text.
 const char* const kPieces[] = {
-    "CROSS-SECTION:",   "CUT LINE:",     "NVALUES:",  "LEVEE POSITIONS:", "SURFACE LINE:", "END:",
-    "REACH:",           "CENTERLINE:",   "STATION:",  "STREAM ID:",       "REACH ID:",     "END CROSS-SECTIONS:",
-    "ENDSTREAMNETWORK", "1e999",         "-0.0",      "3*",               "/",             ",,",
-    "\"",               "'",             "*",         "\t",               "\r",            "\n\n",
-    "99999999999999999999", "1.5+3",    "nan",       ":::",              "0, 0",          "1, 2, 3",
+    "CROSS-SECTION:",
+    "CUT LINE:",
+    "NVALUES:",
+    "LEVEE POSITIONS:",
+    "SURFACE LINE:",
+    "END:",
+    "REACH:",
+    "CENTERLINE:",
+    "STATION:",
+    "STREAM ID:",
+    "REACH ID:",
+    "END CROSS-SECTIONS:",
+    "ENDSTREAMNETWORK",
+    "1e999",
+    "-0.0",
+    "3*",
+    "/",
+    ",,",
+    "\"",
+    "'",
+    "*",
+    "\t",
+    "\r",
+    "\n\n",
+    "99999999999999999999",
+    "1.5+3",
+    "nan",
+    ":::",
+    "0, 0",
+    "1, 2, 3",
 };
 
 std::string mutate(const std::string& base, Rng& rng) {
@@ -82,8 +107,8 @@ TEST(Robustness, CorruptedFilesEndInOrder) {
         writeFile(d / "m.sdf", input);
         RunResult r = reachmap(d, {formats[i % 2], "m.sdf"}, "", 20);
         ++runs;
-        const bool inOrder = r.status == 0 && r.err.empty() &&
-                             r.out.size() >= 20 && r.out.compare(r.out.size() - 20, 20, "Press Enter to Close") == 0;
+        const bool inOrder = r.status == 0 && r.err.empty() && r.out.size() >= 20 &&
+                             r.out.compare(r.out.size() - 20, 20, "Press Enter to Close") == 0;
         if (!inOrder) {
             writeFile(d / ("failing_" + std::to_string(i) + ".sdf"), input);
             ADD_FAILURE() << "case " << i << " status " << r.status << "\nstderr: " << r.err.substr(0, 2000)

@@ -223,8 +223,7 @@ TEST(GeometryFailureDeathTest, ReportsAndExits) {
         {[&] { gridline(1, 1, 1, 1, 1, 1, a, b, c, d, n, jc, ic, 0); }, "SORRY - Exceeded limit of        0" + cells},
     };
     for (const auto& k : cases) {
-        EXPECT_EXIT((::dup2(STDERR_FILENO, STDOUT_FILENO),
-                     fileUnitSettings.pauseOnPrematureExit = false, k.run()),
+        EXPECT_EXIT((::dup2(STDERR_FILENO, STDOUT_FILENO), fileUnitSettings.pauseOnPrematureExit = false, k.run()),
                     ::testing::ExitedWithCode(0), ::testing::Eq(k.report));
     }
 }

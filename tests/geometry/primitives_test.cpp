@@ -24,16 +24,17 @@ TEST(Plane, EdgeRules) {
         float x1, y1, x2, y2, x3, y3, x4, y4;
         bool meet;
         int code;
-    } cases[] = {
-        {"proper crossing", 0, 0, 2, 2, 0, 2, 2, 0, true, 3}, {"at the first's end", 0, 0, 1, 1, 0, 2, 2, 0, true, 3},
-        {"at the first's start", 1, 1, 2, 2, 0, 2, 2, 0, true, 2},
-        {"at the second's start", 0, 0, 2, 2, 1, 1, 2, 0, true, 1},
-        {"at the second's end", 0, 0, 2, 2, 2, 0, 1, 1, true, 3},
-        {"on the first only", 0, 0, 2, 2, 0, 2, 0.5f, 1.5f, false, 1},
-        {"on the second only", 0, 2, 0.5f, 1.5f, 0, 0, 2, 2, false, 2},
-        {"on neither", 0, 0, 0.5f, 0.5f, 0, 2, 0.5f, 1.5f, false, 4},
-        {"collinear, disjoint", 0, 0, 1, 1, 2, 2, 3, 3, true, -1}, {"parallel", 0, 0, 1, 1, 0, 1, 1, 2, false, 0},
-        {"end to start", 0, 0, 1, 0, 1, 0, 2, 1, true, 1}};
+    } cases[] = {{"proper crossing", 0, 0, 2, 2, 0, 2, 2, 0, true, 3},
+                 {"at the first's end", 0, 0, 1, 1, 0, 2, 2, 0, true, 3},
+                 {"at the first's start", 1, 1, 2, 2, 0, 2, 2, 0, true, 2},
+                 {"at the second's start", 0, 0, 2, 2, 1, 1, 2, 0, true, 1},
+                 {"at the second's end", 0, 0, 2, 2, 2, 0, 1, 1, true, 3},
+                 {"on the first only", 0, 0, 2, 2, 0, 2, 0.5f, 1.5f, false, 1},
+                 {"on the second only", 0, 2, 0.5f, 1.5f, 0, 0, 2, 2, false, 2},
+                 {"on neither", 0, 0, 0.5f, 0.5f, 0, 2, 0.5f, 1.5f, false, 4},
+                 {"collinear, disjoint", 0, 0, 1, 1, 2, 2, 3, 3, true, -1},
+                 {"parallel", 0, 0, 1, 1, 0, 1, 1, 2, false, 0},
+                 {"end to start", 0, 0, 1, 0, 1, 0, 2, 1, true, 1}};
     for (const auto& c : cases) {
         EXPECT_EQ(INTERSECT_LINE(c.x1, c.y1, c.x2, c.y2, c.x3, c.y3, c.x4, c.y4), c.meet) << c.what;
         EXPECT_EQ(INTERSECT_LINE_8(c.x1, c.y1, c.x2, c.y2, c.x3, c.y3, c.x4, c.y4), c.meet) << c.what;
@@ -55,7 +56,7 @@ TEST(Plane, EdgeRules) {
 
     EXPECT_NEAR(ANGLE2D(0, 0, 10, -1, 0, 0, 10, 1), 11.4212f, 1e-4);    // across 0 degrees
     EXPECT_NEAR(ANGLE2D(0, 0, -10, 1, 0, 0, -10, -1), 11.4212f, 1e-4);  // 348.58 folds to 11.42
-    EXPECT_EQ(ANGLE2D(0, 0, 1, 1, 3, 0, 3 + 5e-7, 1), 0.0f);  // vertical by the tolerance
+    EXPECT_EQ(ANGLE2D(0, 0, 1, 1, 3, 0, 3 + 5e-7, 1), 0.0f);            // vertical by the tolerance
 }
 
 TEST(Interpolate, TrianglesAndElements) {
@@ -83,9 +84,12 @@ TEST(Interpolate, TrianglesAndElements) {
     // point outside a triangle keeps the value; other corner counts are refused.
     const double Xe[] = {0, 0, 2, 2, 0}, Ye[] = {0, 0, 0, 2, 2};
     const float Ze[] = {0, 1, 5, 11, 7};  // z = 1 + 2x + 3y
-    for (const auto& [x, y, n, ok, want] :
-         {std::tuple{1.0, 1.0, 4, true, 6.0f}, {0.5, 1.2, 4, true, 5.6f}, {2.5, 1.0, 4, false, kInterpolationFailed},
-          {1.5, 0.5, 3, true, 5.5f}, {1.0, 1.5, 3, false, 3.0f}, {1.0, 1.0, 5, false, 3.0f}}) {
+    for (const auto& [x, y, n, ok, want] : {std::tuple{1.0, 1.0, 4, true, 6.0f},
+                                            {0.5, 1.2, 4, true, 5.6f},
+                                            {2.5, 1.0, 4, false, kInterpolationFailed},
+                                            {1.5, 0.5, 3, true, 5.5f},
+                                            {1.0, 1.5, 3, false, 3.0f},
+                                            {1.0, 1.0, 5, false, 3.0f}}) {
         v = 3;
         EXPECT_EQ(INTERPOLATE_ELEMENT_8(x, y, Xe, Ye, Ze, n, -1, v), ok) << x << "," << y;
         EXPECT_NEAR(v, want, 1e-5) << x << "," << y;
@@ -97,11 +101,14 @@ TEST(Hydraulics, StretchesHalvesAndPipes) {
     const struct {
         const char* what;
         float x1, z1, x2, z2, level, active, area, width, perimeter;
-    } cases[] = {
-        {"under water", 0, 1, 2, 1, 2, 1, 2, 2, 2}, {"level at the bed", 0, 1, 2, 1, 1, 1, 0, 2, 2},
-        {"wet at the z1 end", 0, 0, 2, 2, 1, 1, 0.5f, 1, r2}, {"wet at the z2 end", 0, 2, 2, 0, 1, 1, 0.5f, 1, r2},
-        {"level at z1, z2 below", 0, 2, 2, 0, 2, 1, 2, 2, 2 * r2}, {"dry", 0, 2, 2, 3, 1, 1, 0, 0, 0},
-        {"inactive", 0, 0, 2, 0, 5, 0, 0, 0, 0}, {"right to left", 2, 0, 0, 2, 1, 1, -0.5f, -1, r2}};
+    } cases[] = {{"under water", 0, 1, 2, 1, 2, 1, 2, 2, 2},
+                 {"level at the bed", 0, 1, 2, 1, 1, 1, 0, 2, 2},
+                 {"wet at the z1 end", 0, 0, 2, 2, 1, 1, 0.5f, 1, r2},
+                 {"wet at the z2 end", 0, 2, 2, 0, 1, 1, 0.5f, 1, r2},
+                 {"level at z1, z2 below", 0, 2, 2, 0, 2, 1, 2, 2, 2 * r2},
+                 {"dry", 0, 2, 2, 3, 1, 1, 0, 0, 0},
+                 {"inactive", 0, 0, 2, 0, 5, 0, 0, 0, 0},
+                 {"right to left", 2, 0, 0, 2, 1, 1, -0.5f, -1, r2}};
     for (const auto& c : cases) {
         float a = 9, w = 9, p = 9;
         HYD_PARAM(c.x1, c.z1, c.x2, c.z2, c.level, c.active, a, w, p);

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
 #include "stop_expect.hpp"
 #include "test_common.hpp"
-#include <unistd.h>
 
 #include <bit>
 #include <cstdint>

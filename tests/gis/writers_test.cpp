@@ -86,15 +86,18 @@ TEST_F(Writers, MifHeaderAndEveryObjectKind) {
         {&GisObject::isMultiPoint, {}, "MultiPoint 10\r\n" + p(1, 10), ten},
         {&GisObject::isLine, {}, "Line " + xy("1.000000", "10.000000") + xy("2.000000", "20.000000") + "\r\n", ten},
         // The first part starts at the first point, and a value too wide for its field shows as stars.
-        {&GisObject::isPline, {-4}, "Pline 2\r\n" + std::string(16, '*') + "       -0.500000\r\n" +
-                                        xy("-99999999.250000", "0.000000") + "\r\n",
+        {&GisObject::isPline,
+         {-4},
+         "Pline 2\r\n" + std::string(16, '*') + "       -0.500000\r\n" + xy("-99999999.250000", "0.000000") + "\r\n",
          {{1.0e10, -0.5}, {-99999999.25, 0.0}}},
         {&GisObject::isPlineMultiple, {1, 6}, "Pline Multiple 2\r\n 5\r\n" + p(1, 5) + " 5\r\n" + p(6, 10), ten},
         {&GisObject::isRegion, {4}, "Region 1\r\n 10\r\n" + p(1, 10), ten},  // one part: all points
         {&GisObject::isRegion, {1, 6}, "Region 2\r\n 5\r\n" + p(1, 5) + " 5\r\n" + p(6, 10), ten},
         {&GisObject::isRegion, {1, 11}, "Region 2\r\n 10\r\n" + p(1, 10) + " 0\r\n", ten},
-        {&GisObject::isText, {},
-         "Text\r\n\"Label, 1\"\r\n    " + xy("2.000", "20.000") + xy("3.000", "30.000") + "\r\n", ten},
+        {&GisObject::isText,
+         {},
+         "Text\r\n\"Label, 1\"\r\n    " + xy("2.000", "20.000") + xy("3.000", "30.000") + "\r\n",
+         ten},
         {&GisObject::isNone, {}, "none\r\n", ten},
     };
     const std::string header =
@@ -167,8 +170,12 @@ TEST_F(Writers, ShpRewriteOverLongerFileKeepsTail) {
 }
 
 TEST_F(Writers, DbfHeaderRecordsAndEndMark) {
-    setAttributes({{"Stream_ID", "Char", 6}, {"Level", "Float", 0}, {"Count", "Integer", 99}, {"Flag", "logical", 9},
-                   {" Bed Level (m)", "decimal", 5}, {"Shape_Width_or_dMax", "  CHARACTER", 3}});
+    setAttributes({{"Stream_ID", "Char", 6},
+                   {"Level", "Float", 0},
+                   {"Count", "Integer", 99},
+                   {"Flag", "logical", 9},
+                   {" Bed Level (m)", "decimal", 5},
+                   {"Shape_Width_or_dMax", "  CHARACTER", 3}});
     gisA_.nrecords = 77;  // replaced by the count really written
     std::string got = dbf({
         "\"ab\",1.5,7,T,12.34567,\"abcd\"",
@@ -181,10 +188,8 @@ TEST_F(Writers, DbfHeaderRecordsAndEndMark) {
         std::string("\x03") + "YMD" + le32(4) + le16(225) + le16(40) + zeros(20) + descriptor("Stream_ID", 'C', 6, 0) +
         descriptor("Level", 'N', 16, 5) + descriptor("Count", 'N', 8, 0) + descriptor("Flag", 'C', 1, 0) +
         descriptor("BedLevelm", 'N', 5, 0) + descriptor("Shape_Widt", 'C', 3, 0) + "\r" +
-        " ab                 1.5       7T12.34abc" +
-        " x y                1.5       8T12.34abc" +
-        " x y                1.5       8q12.34abc" +
-        " z                    z       zi    12  " + "\x1a";
+        " ab                 1.5       7T12.34abc" + " x y                1.5       8T12.34abc" +
+        " x y                1.5       8q12.34abc" + " z                    z       zi    12  " + "\x1a";
     ASSERT_EQ(got.size(), expected.size());
     int year = 0, month = 0, day = 0;
     platformLocalDate(year, month, day);

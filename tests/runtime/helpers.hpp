@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "runtime/console.hpp"
-#include "test_common.hpp"
 #include "runtime/units.hpp"
+#include "test_common.hpp"
 
 extern char** environ;
 
@@ -38,7 +38,6 @@ struct TempDir {
     }
     std::string operator/(const std::string& leaf) const { return (path / leaf).string(); }
 };
-
 
 // Opening and closing without the reports on the test's console.
 inline int32_t openUnit(const char* mode, const std::string& name) {

@@ -112,7 +112,9 @@ TEST_F(Units, BinaryLayouts) {
     unitWriteRecord(u, "abc", 3);
     unitWriteRecord(u, "0123456789", 10);
     closeUnit(u);
-    EXPECT_EQ(readFile(g), std::string("\x03\0\0\0abc\x03\0\0\0\x0a\0\0\0" "0123456789\x0a\0\0\0", 29));
+    EXPECT_EQ(readFile(g), std::string("\x03\0\0\0abc\x03\0\0\0\x0a\0\0\0"
+                                       "0123456789\x0a\0\0\0",
+                                       29));
     u = openUnit("UI", g);
     char buf[16];
     std::size_t n = 0;

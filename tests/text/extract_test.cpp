@@ -44,17 +44,19 @@ TEST(ExtractValue, KeywordOrColumn) {
 
 TEST(ExtractValue, CsvColumnAndValue) {
     const std::tuple<const char*, const char*, int32_t> columns[] = {
-        {"X,Y,\"Z Value\"", "z value", 3}, {"X,Y,\"Z Value\"", "Q", -4}, {"\tX ,\t Y", "y", 2},
-        {"x,y,x", "X", 1},                 {"a, 'b c' ,d", "B C", 2},   {"\"A,B\",C", "a,b", -4},
-        {"\"A,B\",C", "c", 3},  // quotes do not protect commas here
+        {"X,Y,\"Z Value\"", "z value", 3}, {"X,Y,\"Z Value\"", "Q", -4}, {"\tX ,\t Y", "y", 2}, {"x,y,x", "X", 1},
+        {"a, 'b c' ,d", "B C", 2},         {"\"A,B\",C", "a,b", -4},     {"\"A,B\",C", "c", 3},  // quotes do not
+                                                                                                 // protect commas here
     };
     for (const auto& [header, name, want] : columns) {
         EXPECT_EQ(CSVCOLUMN(header, name, -4), want) << header << " / " << name;
     }
 
     const std::tuple<const char*, int32_t, bool, int32_t> values[] = {
-        {"1,,3", 2, false, 0},        {"1,,3", 3, true, 3},  {"1,,3", 4, false, 0},    {"5, 12 ,x", 2, true, 12},
-        {"5, 12 ,x", 3, false, 0},    {"7,8", 0, true, 7},   {"\"4\",5", 1, false, 0}, {"1.5", 1, false, 0},
+        {"1,,3", 2, false, 0},        {"1,,3", 3, true, 3},
+        {"1,,3", 4, false, 0},        {"5, 12 ,x", 2, true, 12},
+        {"5, 12 ,x", 3, false, 0},    {"7,8", 0, true, 7},
+        {"\"4\",5", 1, false, 0},     {"1.5", 1, false, 0},
         {"99999999999", 1, false, 0}, {"-2147483648", 1, true, INT32_MIN},
     };
     for (const auto& [line, column, ok, want] : values) {

@@ -15,16 +15,25 @@ TEST(FreeFormat, TwoDoubles) {
         ReadResult r;
         double x, y;
     } cases[] = {
-        {"100.5,200.25,7", ReadResult::ok, 100.5, 200.25}, {"1.5+3 2", ReadResult::ok, 1500, 2},
-        {"1d2 .5", ReadResult::ok, 100, 0.5},              {"+5 -6.", ReadResult::ok, 5, -6},
-        {"\t3\t4", ReadResult::ok, 3, 4},                   {"2*3.5", ReadResult::ok, 3.5, 3.5},
+        {"100.5,200.25,7", ReadResult::ok, 100.5, 200.25},
+        {"1.5+3 2", ReadResult::ok, 1500, 2},
+        {"1d2 .5", ReadResult::ok, 100, 0.5},
+        {"+5 -6.", ReadResult::ok, 5, -6},
+        {"\t3\t4", ReadResult::ok, 3, 4},
+        {"2*3.5", ReadResult::ok, 3.5, 3.5},
         {"324539, 392790, None", ReadResult::ok, 324539, 392790},  // values behind are never looked at
-        {" , 2", ReadResult::ok, -1, 2},                   {"1,,2", ReadResult::ok, 1, -1},  // nulls keep old values
-        {"1 / 2", ReadResult::ok, 1, -1},                  {"1/ 2", ReadResult::ok, 1, -1},  // a slash ends the list
-        {"2* 9", ReadResult::ok, -1, -1},                  {"5", ReadResult::end, 5, -1},
-        {"", ReadResult::end, -1, -1},                     {"5 abc", ReadResult::bad, 5, -1},
-        {"1.5x 3", ReadResult::bad, -1, -1},               {"nan 1", ReadResult::bad, -1, -1},
-        {"inf 1", ReadResult::bad, -1, -1},                {"1e999 1", ReadResult::bad, -1, -1},
+        {" , 2", ReadResult::ok, -1, 2},
+        {"1,,2", ReadResult::ok, 1, -1},  // nulls keep old values
+        {"1 / 2", ReadResult::ok, 1, -1},
+        {"1/ 2", ReadResult::ok, 1, -1},  // a slash ends the list
+        {"2* 9", ReadResult::ok, -1, -1},
+        {"5", ReadResult::end, 5, -1},
+        {"", ReadResult::end, -1, -1},
+        {"5 abc", ReadResult::bad, 5, -1},
+        {"1.5x 3", ReadResult::bad, -1, -1},
+        {"nan 1", ReadResult::bad, -1, -1},
+        {"inf 1", ReadResult::bad, -1, -1},
+        {"1e999 1", ReadResult::bad, -1, -1},
         {"'1' 2", ReadResult::bad, -1, -1},
     };
     for (const auto& c : cases) {
@@ -52,8 +61,12 @@ TEST(FreeFormat, SinglesAndIntegers) {
 
 TEST(FreeFormat, TextValues) {
     const std::pair<const char*, const char*> cases[] = {
-        {"  \"My Levee\" ", "My Levee"}, {" Left Levee", "Left"}, {"'it''s'", "it's"},
-        {"\"unclosed", "unclosed"},      {"a,b", "a"},            {"x/y", "x"},
+        {"  \"My Levee\" ", "My Levee"},
+        {" Left Levee", "Left"},
+        {"'it''s'", "it's"},
+        {"\"unclosed", "unclosed"},
+        {"a,b", "a"},
+        {"x/y", "x"},
     };
     for (const auto& [line, want] : cases) {
         Text<50> t;

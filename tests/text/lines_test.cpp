@@ -60,8 +60,10 @@ TEST(Lines, Replace) {
         const char* result;
     };
     const Case cases[] = {
-        {REPLACE, "Set Code 1", "code", "Zone", "Set Zone 1"}, {REPLACE, "aXa aXa", " x ", " yy ", "ayya aXa"},
-        {REPLACE, "nothing", "zz", "q", "nothing"},            {REPLACE, "nothing", "   ", "q", "nothing"},
+        {REPLACE, "Set Code 1", "code", "Zone", "Set Zone 1"},
+        {REPLACE, "aXa aXa", " x ", " yy ", "ayya aXa"},
+        {REPLACE, "nothing", "zz", "q", "nothing"},
+        {REPLACE, "nothing", "   ", "q", "nothing"},
         {REPLACEALL, "a-b-C-d", "-", "+", "a+b+C+d"},
         {REPLACEALL, "aabb", "AB", "", ""},       // each removal makes the next hit
         {REPLACEALL, "x.x", "x", "xx", "xx.xx"},  // a replacement that holds the old text

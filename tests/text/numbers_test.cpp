@@ -14,18 +14,24 @@ namespace {
 // Decimals by the size of the value, trailing zeros trimmed but the point kept.
 TEST(Reals, DecimalsBySize) {
     const std::tuple<double, bool, const char*> cases[] = {
-        {1.5, true, "1.5"},      {2.0, true, "2."},     {1234.7, true, "1235."}, {0.25, true, "0.25"},
-        {0.0, true, "0."},       {100.0, true, "100."}, {0.01, true, "0.01"},    {-0.005, true, "-0.005"},
+        {1.5, true, "1.5"},
+        {2.0, true, "2."},
+        {1234.7, true, "1235."},
+        {0.25, true, "0.25"},
+        {0.0, true, "0."},
+        {100.0, true, "100."},
+        {0.01, true, "0.01"},
+        {-0.005, true, "-0.005"},
         {999.96, true, "1000."},  // one decimal by size, then rounds up
         {1e25, true, "********************"},
-        {1.0e10, false, "10000000000."}, {0.5, false, "0.5"}, {123456.789, false, "123456.789"},
+        {1.0e10, false, "10000000000."},
+        {0.5, false, "0.5"},
+        {123456.789, false, "123456.789"},
     };
     Text<20> t;
     for (const auto& [v, single, want] : cases) {
-        if (single)
-            AREAL(t, static_cast<float>(v));
-        else
-            AREAL8(t, v);
+        if (single) AREAL(t, static_cast<float>(v));
+        else AREAL8(t, v);
         EXPECT_EQ(t.trimmed(), want) << v;
     }
 }
@@ -36,9 +42,12 @@ TEST(Fields, FixedWidthLayouts) {
         double v;
         const char* want;
     } cases[] = {
-        {16, 6, 999999999.0, "999999999.000000"}, {16, 6, -99999999.0, "-99999999.000000"},
-        {16, 6, 1.0e10, "****************"},      {16, 6, -123456789.0, "****************"},
-        {4, 3, 0.9996, "****"},                   {8, 3, -0.0001, "  -0.000"},
+        {16, 6, 999999999.0, "999999999.000000"},
+        {16, 6, -99999999.0, "-99999999.000000"},
+        {16, 6, 1.0e10, "****************"},
+        {16, 6, -123456789.0, "****************"},
+        {4, 3, 0.9996, "****"},
+        {8, 3, -0.0001, "  -0.000"},
         {4, 3, 0.5, ".500"},  // no room for the zero
         {5, 3, -0.5, "-.500"},
     };

@@ -23,8 +23,8 @@ TEST(Asame, NormalForms) {
         {"A B", "AB", false, false},   {"", "", true, true},           {"", "'\"\"'", true, true},
         {"x\ty", "xy", true, true},    {"abc", "abd", false, false},   {"abc", "abcd", false, false},
         {"-shp", "shp", false, false}, {"\xE9", "\xC9", false, false},  // bytes above 0x7F are never letters
-        {"m'i'f", "MIF", true, false},  // a quote inside a word vanishes
-        {"\t x", "x", true, true},      // tab deleted, then leading blank dropped
+        {"m'i'f", "MIF", true, false},                                  // a quote inside a word vanishes
+        {"\t x", "x", true, true},                                      // tab deleted, then leading blank dropped
     };
     for (const auto& [a, b, same, sameCs] : cases) {
         EXPECT_EQ(ASAME(a, b), same) << a << " | " << b;
@@ -35,10 +35,14 @@ TEST(Asame, NormalForms) {
 
 TEST(FlagExists, SubstringAnyCase) {
     const std::tuple<const char*, const char*, bool> cases[] = {
-        {"read gis z line == a.shp", "READ GIS Z LINE", true}, {"xREACH:y", "REACH:", true},
-        {" REACH ID: 3", "REACH:", false},                    {"anything", "", true},
-        {"", "   ", true},                                    {"", "x", false},
-        {"END", "END:", false},                               {"  CoordSys Earth", "coordsys   ", true},
+        {"read gis z line == a.shp", "READ GIS Z LINE", true},
+        {"xREACH:y", "REACH:", true},
+        {" REACH ID: 3", "REACH:", false},
+        {"anything", "", true},
+        {"", "   ", true},
+        {"", "x", false},
+        {"END", "END:", false},
+        {"  CoordSys Earth", "coordsys   ", true},
     };
     for (const auto& [line, flag, found] : cases) EXPECT_EQ(FLAGEXISTS(line, flag), found) << line << " | " << flag;
     Text<40> rest("junk");
@@ -92,9 +96,10 @@ TEST(Substrings, CountAndCut) {
 
 TEST(NumberOfNumbers, ByteClasses) {
     const std::pair<const char*, int> cases[] = {
-        {"1 2 3", 3}, {"1,2,3", 3}, {"1,,3", 3},     {",3", 1},      {"1 2 ! 3", 2}, {"1 # x", 1},    {"", 0},
-        {"abc", 0},   {"e", 1},     {"1 2 x", -2},   {"1.5e+3", -1}, {"-", 1},       {"1 ,, 2", 3},   {"1, ,2", 3},
-        {"1,", 1},    {"1 ,2", 2},  {"\t7\t8", 2},   {"1;2", -1},    {"   END:", -1}, {"  LEVEE POSITIONS:", 0},
+        {"1 2 3", 3},   {"1,2,3", 3},  {"1,,3", 3},   {",3", 1},       {"1 2 ! 3", 2},
+        {"1 # x", 1},   {"", 0},       {"abc", 0},    {"e", 1},        {"1 2 x", -2},
+        {"1.5e+3", -1}, {"-", 1},      {"1 ,, 2", 3}, {"1, ,2", 3},    {"1,", 1},
+        {"1 ,2", 2},    {"\t7\t8", 2}, {"1;2", -1},   {"   END:", -1}, {"  LEVEE POSITIONS:", 0},
     };
     for (const auto& [s, n] : cases) EXPECT_EQ(NUMBEROFNUMBERS(s), n) << "[" << s << "]";
 }

@@ -112,16 +112,17 @@ Report checkFile(const std::string& tag, const std::string& text, const std::vec
 
     // The repaired copy converts to the end, with the counts announced.
     const std::string fixed = readFile(dir / "fixed.sdf");
-    const char* const layers[][4] = {{"", "in.sdf_streams", "L", "streams"}, {"", "in_surf_pts", "P", "surf_pts"},
-                                     {"2d_zsh_", "in_end_pts", "P", "end_pts"}, {"1d_xs_", "in_surf_line", "L", "surf_line"},
-                                     {"", "in_cut_line", "L", "cut_line"},      {"", "in_levee_pts", "P", "levee_pts"}};
+    const char* const layers[][4] = {
+        {"", "in.sdf_streams", "L", "streams"},    {"", "in_surf_pts", "P", "surf_pts"},
+        {"2d_zsh_", "in_end_pts", "P", "end_pts"}, {"1d_xs_", "in_surf_line", "L", "surf_line"},
+        {"", "in_cut_line", "L", "cut_line"},      {"", "in_levee_pts", "P", "levee_pts"}};
     for (bool shp : {false, true}) {
         const RunResult after = convert(dir / "after", "in.sdf", fixed, shp);
         EXPECT_TRUE(linesInOrder(after.out, {"Finished."})) << (shp ? "-shp\n" : "-mif\n") << after.out;
         for (const auto& [prefix, stem, letter, key] : layers) {
             const std::string base = std::string(prefix) + stem;
-            const fs::path f = dir / "after" / (shp ? "shp" : "mif") /
-                               (shp ? base + "_" + letter + ".shp" : base + ".mif");
+            const fs::path f =
+                dir / "after" / (shp ? "shp" : "mif") / (shp ? base + "_" + letter + ".shp" : base + ".mif");
             EXPECT_EQ(featureCount(f), rep.n.at(key)) << f;
         }
     }
@@ -169,8 +170,8 @@ std::string sdf(const std::vector<std::string>& header, const std::vector<std::s
     all.insert(all.end(), header.begin(), header.end());
     all.insert(all.end(), {"END HEADER:", "", "BEGIN STREAM NETWORK:"});
     all.insert(all.end(), reach.begin(), reach.end());
-    all.insert(all.end(), {"      CENTERLINE:", "         50, -100", "         50, 100", "      END:",
-                           "END STREAM NETWORK:", "", "BEGIN CROSS-SECTIONS:", ""});
+    all.insert(all.end(), {"      CENTERLINE:", "         50, -100", "         50, 100",
+                           "      END:", "END STREAM NETWORK:", "", "BEGIN CROSS-SECTIONS:", ""});
     for (const auto& s : sections) all.insert(all.end(), s.begin(), s.end());
     all.push_back("END CROSS-SECTIONS:");
     std::string t;
@@ -192,15 +193,17 @@ std::vector<Quirk> quirks() {
     const std::string latin = "R\xEDo";  // an id in Latin-1
     return {
         {"clean", sdf({"  UNITS: METRIC"}, kReach, {section("100", kFull), section("200", kFull)}), {}},
-        {"stray_header", sdf({"  STREAM LAYER: db/StreamCenterlines"}, kReach, {section("100", kFull)}),
+        {"stray_header",
+         sdf({"  STREAM LAYER: db/StreamCenterlines"}, kReach, {section("100", kFull)}),
          {"stray-keyword"}},
-        {"stray_end_network", sdf({"  NOTE: no ENDSTREAMNETWORK here"}, kReach, {section("100", kFull)}),
+        {"stray_end_network",
+         sdf({"  NOTE: no ENDSTREAMNETWORK here"}, kReach, {section("100", kFull)}),
          {"stray-keyword"}},
         {"blank_heads",
          sdf({}, {"   REACH:", "", "      STREAM ID: Creek", "      REACH ID: Upper"},
              {{"   CROSS-SECTION:", "", "      STREAM ID: Creek", "      NODE NAME: n1", "      REACH ID: Upper",
-               "      STATION: 100", "      CUT LINE:", "         50, -10", "         50, 10", "      SURFACE LINE:",
-               "         50, -10, 12", "         50, 10, 12", "   END:"},
+               "      STATION: 100", "      CUT LINE:", "         50, -10", "         50, 10",
+               "      SURFACE LINE:", "         50, -10, 12", "         50, 10, 12", "   END:"},
               section("200", kFull)}),
          {"head-lines", "head-lines"}},
         {"crlf_latin1",
@@ -210,7 +213,8 @@ std::vector<Quirk> quirks() {
                "         50, 10, 12", "   END:"}},
              "\r\n"),
          {"head-lines"}},
-        {"swallowed_end", sdf({}, kReach, {section("100", kCut), section("200", cat({kN, surface(kRows)}))}),
+        {"swallowed_end",
+         sdf({}, kReach, {section("100", kCut), section("200", cat({kN, surface(kRows)}))}),
          {"swallowed-line"}},
         {"lost_block", sdf({}, kReach, {section("100", cat({kN, kCut, surface(kRows)}))}), {"lost-block"}},
         {"no_elevation",
@@ -220,7 +224,8 @@ std::vector<Quirk> quirks() {
          {"no-elevation", "no-elevation", "no-elevation", "no-elevation"}},
         {"unsafe_ids",
          sdf({}, kReach,
-             {{"   CROSS-SECTION:", "      STREAM ID: ../up", "      REACH ID: a\"b", "      STATION: 100", "   END:"}}),
+             {{"   CROSS-SECTION:", "      STREAM ID: ../up", "      REACH ID: a\"b", "      STATION: 100",
+               "   END:"}}),
          {"unsafe-name", "quote-in-id"}},
         {"safe_names",
          sdf({}, kReach,
@@ -248,8 +253,9 @@ TEST_P(Generated, PredictsRepairsAndConverts) {
     const std::string name = q.name;
     // Line ends and Latin-1 bytes stay as they were; only the blank lines go.
     std::string want = name == "crlf_latin1" ? std::regex_replace(q.text, std::regex("\r\n\r\n\r\n"), "\r\n")
-                       : name == "safe_names" ? std::regex_replace(q.text, std::regex("\\.\\./up\n(.*)a,b"), "___up\n$1a_b")
-                                              : q.text;
+                       : name == "safe_names"
+                           ? std::regex_replace(q.text, std::regex("\\.\\./up\n(.*)a,b"), "___up\n$1a_b")
+                           : q.text;
     if (q.kinds.empty() || name == "crlf_latin1" || name == "safe_names") {
         EXPECT_EQ(fixed, want);
     }

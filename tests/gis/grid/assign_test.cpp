@@ -69,10 +69,8 @@ std::string tidy(const char* p, int panel = 0) {
         std::istringstream words(line);
         std::string w, l;
         for (int at = 0; words >> w;) {
-            if (w == "|")
-                ++at;
-            else if (at == panel)
-                l += (l.empty() ? "" : " ") + w;
+            if (w == "|") ++at;
+            else if (at == panel) l += (l.empty() ? "" : " ") + w;
         }
         if (!l.empty()) out += l + "\n";
     }
@@ -90,9 +88,11 @@ struct Object {
 const Object kLayer[] = {
     {&GisObject::isPoint, "POINT", {{15, 25}}, "7"},
     {&GisObject::isPline, "LINESTRING", {{2, 12}, {58, 12}, {58, 68}}, "2.5"},
-    {&GisObject::isRegion, "POLYGON",
+    {&GisObject::isRegion,
+     "POLYGON",
      {{12, 22}, {38, 22}, {38, 38}, {12, 38}, {12, 22}, {22, 32}, {28, 32}, {28, 36}, {22, 36}, {22, 32}},
-     "-2.5", {1, 6}},
+     "-2.5",
+     {1, 6}},
     {&GisObject::isPoint, "POINT", {{-25, 15}}, "9"},
 };
 
@@ -109,8 +109,10 @@ std::string csvRow(const Object& o) {
     const Points map = toMap(o.local);
     for (std::size_t k = 0; k < map.size(); ++k) {
         const bool start = std::find(o.starts.begin(), o.starts.end(), int32_t(k + 1)) != o.starts.end();
-        points += std::string(k == 0 ? "" : start ? "),(" : ",") + std::to_string(map[k].first) + " " +
-                  std::to_string(map[k].second);
+        points += std::string(k == 0  ? ""
+                              : start ? "),("
+                                      : ",") +
+                  std::to_string(map[k].first) + " " + std::to_string(map[k].second);
     }
     const bool ring = o.wkt == "POLYGON";
     return "\"" + o.wkt + (ring ? " ((" : " (") + points + (ring ? "))" : ")") + "\"," + o.value + "\n";
@@ -190,43 +192,60 @@ TEST_F(Assign, EveryModeOnWrittenAndOgr2ogrLayers) {
         . 2.5  2.5  2.5  2.5 2.5 2.5 | . . . . . . . | . . . . . . .
         .   .    .    .    .   .   . | . . . . . . . | . . . . . . .)"},
         {"accumulate, two passes: only the region adds; the point cell is replaced, then added to",
-         {.accumulate = true}, 2, {"1 cells", "10 cells", "5 cells", "0 cells"}, R"(
+         {.accumulate = true},
+         2,
+         {"1 cells", "10 cells", "5 cells", "0 cells"},
+         R"(
         .   .   .   .   .   . 2.5 | . . . . . . . | . . . . . . .
         .   .  -5   .  -5   . 2.5 | . . . . . . . | . . . . . . .
         .   . 4.5  -5  -5   . 2.5 | . . . . . . . | . . . . . . .
         . 2.5 2.5 2.5 2.5 2.5 2.5 | . . . . . . . | . . . . . . .
         .   .   .   .   .   .   . | . . . . . . . | . . . . . . .)"},
         {"sides only: each point and line cell writes its four sides",
-         {.sidesOnly = true}, 1, {"4 points", "40 points", "7 points", "0 points"}, R"(
+         {.sidesOnly = true},
+         1,
+         {"4 points", "40 points", "7 points", "0 points"},
+         R"(
         . . . . . . . |   .   .    .    .   . 2.5 2.5 | .   .    .    .    .   . 2.5
         . . . . . . . |   .   . -2.5 -2.5   . 2.5 2.5 | .   .    .    .    .   . 2.5
         . . . . . . . |   .   7 -2.5 -2.5   . 2.5 2.5 | .   . -2.5 -2.5 -2.5   . 2.5
         . . . . . . . | 2.5 2.5  2.5  2.5 2.5 2.5 2.5 | . 2.5  2.5  2.5  2.5 2.5 2.5
         . . . . . . . |   .   .    .    .   .   .   . | . 2.5  2.5  2.5  2.5 2.5 2.5)"},
         {"sides only, accumulated, points and lines halved on each side",
-         {.sidesOnly = true, .halveOnSides = true, .accumulate = true}, 1,
-         {"4 points", "40 points", "7 points", "0 points"}, R"(
+         {.sidesOnly = true, .halveOnSides = true, .accumulate = true},
+         1,
+         {"4 points", "40 points", "7 points", "0 points"},
+         R"(
         . . . . . . . |    .   .    .    .   . 1.25 1.25 | .    .    .    .    .    . 1.25
         . . . . . . . |    .   . -2.5 -2.5   . 1.25 1.25 | .    .    .    .    .    .  2.5
         . . . . . . . |    . 3.5    1 -2.5   . 1.25 1.25 | .    .    1 -2.5 -2.5    .  2.5
         . . . . . . . | 1.25 2.5  2.5  2.5 2.5 3.75  2.5 | . 1.25 4.75 1.25 1.25 1.25 3.75
         . . . . . . . |    .   .    .    .   .    .    . | . 1.25 1.25 1.25 1.25 1.25  2.5)"},
         {"all points: regions fill the cells and both sides; points and lines the cells",
-         {.allPoints = true}, 1, {"1 points", "10 points", "12 points", "0 points"}, R"(
+         {.allPoints = true},
+         1,
+         {"1 points", "10 points", "12 points", "0 points"},
+         R"(
         .   .    .    .    .   . 2.5 | . .    .    . . . . | . .    .    .    . . .
         .   . -2.5    . -2.5   . 2.5 | . . -2.5 -2.5 . . . | . .    .    .    . . .
         .   . -2.5 -2.5 -2.5   . 2.5 | . . -2.5 -2.5 . . . | . . -2.5 -2.5 -2.5 . .
         . 2.5  2.5  2.5  2.5 2.5 2.5 | . .    .    . . . . | . .    .    .    . . .
         .   .    .    .    .   .   . | . .    .    . . . . | . .    .    .    . . .)"},
         {"count only: regions are counted at centre, sides and corner; points and lines still set cells",
-         {.countOnly = true}, 1, {"1 points", "10 points", "14 points", "0 points"}, R"(
+         {.countOnly = true},
+         1,
+         {"1 points", "10 points", "14 points", "0 points"},
+         R"(
         .   .   .   .   .   . 2.5 | . . . . . . . | . . . . . . .
         .   .   .   .   .   . 2.5 | . . . . . . . | . . . . . . .
         .   .   7   .   .   . 2.5 | . . . . . . . | . . . . . . .
         . 2.5 2.5 2.5 2.5 2.5 2.5 | . . . . . . . | . . . . . . .
         .   .   .   .   .   .   . | . . . . . . . | . . . . . . .)"},
         {"integer sides: 2.5 gives 3, -2.5 gives -3; points and lines still go to the cell integers",
-         {.useInteger = true, .sidesOnly = true}, 1, {"1 points", "10 points", "7 points", "0 points"}, R"(
+         {.useInteger = true, .sidesOnly = true},
+         1,
+         {"1 points", "10 points", "7 points", "0 points"},
+         R"(
         . . . . . . 3 | . .  .  . . . . | . .  .  .  . . .
         . . . . . . 3 | . . -3 -3 . . . | . .  .  .  . . .
         . . 7 . . . 3 | . . -3 -3 . . . | . . -3 -3 -3 . .
@@ -283,8 +302,8 @@ TEST_F(Assign, SkippedObjectsMultipointsAndBadValues) {
                             "GIS Object = TEXT\n"),
               std::string::npos)
         << console_;
-    EXPECT_EQ(progress(), std::vector<std::string>(
-                              2, "...GIS MULTIPOINT (     1 vertices) assigned a value of 5. to     1 cells"));
+    EXPECT_EQ(progress(),
+              std::vector<std::string>(2, "...GIS MULTIPOINT (     1 vertices) assigned a value of 5. to     1 cells"));
     EXPECT_EQ(picture(g.cr), tidy(". . . . . . 5\n. . . . . . .\n. . 5 . . . .\n. . . . . . .\n. . . . . . ."));
 
     // A record whose first value is not a number stops the run (here an object the caller prepared).

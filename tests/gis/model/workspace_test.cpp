@@ -38,10 +38,10 @@ TEST_F(Workspace, OneLineForEachNewInputLayer) {
     EXPECT_EQ(openInput("e.mif", {"e.mif", "e.mid"}), 6);  // after the close: no line
 
     EXPECT_EQ(readFile(path("run.wor")),
-              kWorkspaceHead + crlf({"! .mif/.mid Layer with no .tab Layer \"" + full("a.mif") + "\"",
-                                     "! Non-MapInfo .tab Layer \"" + full("b.shp") + "\"",
-                                     "Open Table \"" + full("c.tab") + "\"",
-                                     "! Non-MapInfo .tab Layer \"" + full("d") + "\""}));
+              kWorkspaceHead +
+                  crlf({"! .mif/.mid Layer with no .tab Layer \"" + full("a.mif") + "\"",
+                        "! Non-MapInfo .tab Layer \"" + full("b.shp") + "\"", "Open Table \"" + full("c.tab") + "\"",
+                        "! Non-MapInfo .tab Layer \"" + full("d") + "\""}));
     EXPECT_EQ(readFile(path("run_input_layers.mif")), kListHead + crlf({"none", "none", "none", "none"}));
     EXPECT_EQ(readFile(path("run_input_layers.mid")),
               crlf({"    1,    1, \"" + full("a.mif") + "\"", "    2,    3, \"" + full("b.shp") + "\"",

@@ -16,7 +16,7 @@ using namespace gistest;
 namespace {
 
 const Points kHoled = {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}, {0, 10},  // outer ring and its copy slot
-                       {2, 2}, {4, 2},   {4, 4},   {2, 4},  {2, 2}, {4, 2}};
+                       {2, 2}, {4, 2},  {4, 4},   {2, 4},  {2, 2}, {4, 2}};
 const Points kIslands = {{20, 20}, {20, 21}, {21, 21}, {20, 20}, {20, 21},
                          {30, 30}, {30, 31}, {31, 31}, {30, 30}, {30, 31}};
 const std::vector<Points> kTwoParts = {{{0, 0}, {1, 1}}, {{5, 5}, {6, 6}, {7, 5}}};
@@ -72,9 +72,9 @@ protected:
 TEST_F(Reading, Ogr2ogrShapefilesOfEachKind) {
     if (!haveTool("/usr/bin/ogr2ogr")) GTEST_SKIP() << "ogr2ogr (gdal-bin) is not installed";
     make("1,alpha,1.5,POINT (1 2)\n2,\"be\"\"ta\",-3,\n3,\"ga,mma\",2,POINT (3 4)\n", "points.shp", "ESRI Shapefile");
-    reading::expectLayer(path("points.shp"), {{"point", {{{1, 2}}}, "1,alpha,1.5"},
-                                              {"none", {{}}, "2,'be\"ta',-3"},
-                                              {"point", {{{3, 4}}}, "3,'ga,mma',2"}});
+    reading::expectLayer(
+        path("points.shp"),
+        {{"point", {{{1, 2}}}, "1,alpha,1.5"}, {"none", {{}}, "2,'be\"ta',-3"}, {"point", {{{3, 4}}}, "3,'ga,mma',2"}});
     make(std::string("1,a,1,") + kMultiLine + "\n2,b,2,\"LINESTRING (0 0,3 4)\"\n3,c,3,\n", "lines.shp",
          "ESRI Shapefile");
     reading::expectLayer(path("lines.shp"), {{"plinemultiple", kTwoParts, "1,a,1"},
@@ -220,10 +220,12 @@ TEST_F(Reading, Projections) {
     const std::string mif = "Projection of .mif file is different to that specified by the MI Projection == command.";
     const std::string shp = "Projection of .shp file is different to that specified by the SHP Projection == command.";
     const std::tuple<const char*, const char*, std::vector<std::string>> cases[] = {
-        {"m.mif", "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000",
+        {"m.mif",
+         "CoordSys Earth Projection 8, 116, \"m\", 149, 0, 0.9996, 500000, 10000000",
          {"WARNING 0305 - " + mif}},
         {"s_P.shp", "PROJCS[\"GDA_1994_MGA_Zone_56\",GEOGCS[\"GCS_GDA_1994\"]]", {"WARNING 0305 - " + shp}},
-        {"s_P.shp", "GEOGCS[\"GCS_WGS_1984\"]",
+        {"s_P.shp",
+         "GEOGCS[\"GCS_WGS_1984\"]",
          {"WARNING 0420 - Could not find PROJCS definition.  Projection of .shp file might not be cartesian.",
           "WARNING 0305 - " + shp}},
     };
@@ -257,6 +259,7 @@ TEST_F(Reading, SaveDatesOfMifPair) {
             ::dup2(::open(answers.c_str(), O_RDONLY), 0);
             readAll("m.mif");
         },
-        round + ".*" + round + ".*\nERROR - End of standard input while waiting for the mif file to be exported "
-                               "again; nobody left to answer\\.\n");
+        round + ".*" + round +
+            ".*\nERROR - End of standard input while waiting for the mif file to be exported "
+            "again; nobody left to answer\\.\n");
 }

@@ -32,9 +32,15 @@ struct Object {
 };
 
 inline std::string kindOf(const GisObject& o) {
-    const std::pair<bool, const char*> kinds[] = {{o.isNone, "none"}, {o.isPoint, "point"}, {o.isLine, "line"},
-        {o.isPline, "pline"}, {o.isPlineMultiple, "plinemultiple"}, {o.isRegion, "region"}, {o.isText, "text"},
-        {o.isMultiPoint, "multipoint"}, {o.isEllipse || o.isRect || o.isArc || o.isRoundRect, "other"}};
+    const std::pair<bool, const char*> kinds[] = {{o.isNone, "none"},
+                                                  {o.isPoint, "point"},
+                                                  {o.isLine, "line"},
+                                                  {o.isPline, "pline"},
+                                                  {o.isPlineMultiple, "plinemultiple"},
+                                                  {o.isRegion, "region"},
+                                                  {o.isText, "text"},
+                                                  {o.isMultiPoint, "multipoint"},
+                                                  {o.isEllipse || o.isRect || o.isArc || o.isRoundRect, "other"}};
     for (const auto& [flag, name] : kinds)
         if (flag) return name;
     return "?";
