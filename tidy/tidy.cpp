@@ -708,26 +708,12 @@ const char* kindName(Kind k) {
     return "?";
 }
 
-namespace {
-
-// The scan starts from the same state as a fresh run of the converter.
-void freshRecord() {
-    SectionRecord& rec = sectionRecord;
-    rec.streamId.clear();
-    rec.reachId.clear();
-    rec.stationText.clear();
-    rec.hasCutLine = rec.hasNValues = rec.hasLevees = rec.hasSurfaceLine = false;
-    rec.cutCount = rec.nValueCount = rec.leveeCount = rec.surfCount = 0;
-}
-
-}  // namespace
-
 TidyResult tidySdf(const std::string& path, const TidyOptions& options, CopyWriter* copy,
                    const std::function<void(const Finding&)>& report) {
     TidyResult r;
     {
         SdfReader in(path);
-        freshRecord();
+        sdfScanReset();  // the scan starts from the state of a fresh run of the converter
         auto sim = std::make_unique<Sim>(in, true, options, copy, &report);
         sim->run();
         r.findings = sim->findings;
@@ -741,7 +727,7 @@ TidyResult tidySdf(const std::string& path, const TidyOptions& options, CopyWrit
     r.before = r.after;
     if (r.changed) {
         SdfReader in(path);
-        freshRecord();
+        sdfScanReset();
         auto sim = std::make_unique<Sim>(in, false, options, nullptr, nullptr);
         sim->run();
         r.before = sim->outcome;
