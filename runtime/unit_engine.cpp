@@ -242,29 +242,12 @@ ModeInfo modeOf(std::string_view mode) {
     return m;
 }
 
-// Opens the file object of `unit` in mode `m`. True when it is open.
-bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
-    int64_t i = static_cast<int64_t>(unit) - firstUnit;
-    if (i < 0 || i >= kFiles) return false;
-    int idx = static_cast<int>(i);
-    if (files[idx].fd >= 0) closeFile(idx);  // a unit is opened afresh
-    const char* path = nativePath(name);
-    if (*path == '\0') return false;
-    int fd = -1;
-    switch (m.access) {
-        case Access::readOnly: fd = ::open(path, O_RDONLY | O_CLOEXEC); break;
-        case Access::readWriteIfAllowed:
-            fd = ::open(path, O_RDWR | O_CLOEXEC);
-            if (fd < 0) fd = ::open(path, O_RDONLY | O_CLOEXEC);
-            break;
-        case Access::replace:
-            ::unlink(path);
-            fd = ::open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-            break;
-        case Access::append:
-        case Access::keep: fd = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666); break;
-    }
-    if (fd < 0) return false;
+namespace {
+
+// Takes `fd` as the file object `idx` in mode `m`: the descriptor moved above
+// the console's numbers, checked not to be a folder, and joined to the group
+// of its file. False, with `fd` closed, when it cannot be used.
+bool adopt(int idx, const ModeInfo& m, int fd) {
     if (fd <= 2) {
         // Standard input, output or error was closed: keep their numbers free,
         // so that a file never stands in for the console.
@@ -305,6 +288,46 @@ bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
     f.seen = groups[g].version;
     if (f.append) f.bufStart = static_cast<int64_t>(st.st_size);
     return true;
+}
+
+}  // namespace
+
+NewFile createNewFile(int32_t unit, const ModeInfo& m, std::string_view name) {
+    int64_t i = static_cast<int64_t>(unit) - firstUnit;
+    if (i < 0 || i >= kFiles || files[i].fd >= 0 || m.access != Access::replace) return NewFile::taken;
+    const char* path = nativePath(name);
+    if (*path == '\0') return NewFile::taken;
+    // O_EXCL: nothing of that name, not even a dangling link, so there was
+    // nothing to delete and the replace comes to the same file.
+    int fd = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0) return NewFile::taken;
+    return adopt(static_cast<int>(i), m, fd) ? NewFile::opened : NewFile::unusable;
+}
+
+// Opens the file object of `unit` in mode `m`. True when it is open.
+bool openFile(int32_t unit, const ModeInfo& m, std::string_view name) {
+    int64_t i = static_cast<int64_t>(unit) - firstUnit;
+    if (i < 0 || i >= kFiles) return false;
+    int idx = static_cast<int>(i);
+    if (files[idx].fd >= 0) closeFile(idx);  // a unit is opened afresh
+    const char* path = nativePath(name);
+    if (*path == '\0') return false;
+    int fd = -1;
+    switch (m.access) {
+        case Access::readOnly: fd = ::open(path, O_RDONLY | O_CLOEXEC); break;
+        case Access::readWriteIfAllowed:
+            fd = ::open(path, O_RDWR | O_CLOEXEC);
+            if (fd < 0) fd = ::open(path, O_RDONLY | O_CLOEXEC);
+            break;
+        case Access::replace:
+            ::unlink(path);
+            fd = ::open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+            break;
+        case Access::append:
+        case Access::keep: fd = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666); break;
+    }
+    if (fd < 0) return false;
+    return adopt(idx, m, fd);
 }
 
 IoStatus closeFile(int idx) {

@@ -108,6 +108,12 @@ ModeInfo modeOf(std::string_view mode);
 
 // Opens the file object of `unit` in mode `m`. True when it is open.
 bool openFile(int32_t unit, const ModeInfo& m, std::string_view name);
+// The replace modes on a name with nothing behind it: the file created in one
+// call. `taken`, with nothing done, when the name is in use (or the unit is);
+// the full openFile is the way then. `unusable`: created, but the descriptor
+// could not be kept (no numbers left), as a failed open after its create.
+enum class NewFile { opened, taken, unusable };
+NewFile createNewFile(int32_t unit, const ModeInfo& m, std::string_view name);
 IoStatus closeFile(int idx);
 void closeAllFiles();
 

@@ -15,9 +15,16 @@
 using namespace engine;
 
 int32_t unitOpenOn(std::string_view name) {
+    bool exists = false;
+    return unitOpenOn(name, exists);
+}
+
+int32_t unitOpenOn(std::string_view name, bool& exists) {
     const char* p = nativePath(name);
     struct stat st;
+    exists = false;
     if (*p == '\0' || ::stat(p, &st) != 0) return 0;
+    exists = !S_ISDIR(st.st_mode);
     for (int i = 0; i < kFiles; ++i) {
         const UnitFile& f = files[i];
         if (f.fd >= 0 && groups[f.group].dev == st.st_dev && groups[f.group].ino == st.st_ino) return unitOf(i);

@@ -19,6 +19,8 @@
 
 // The unit on which the named file is open in this process, 0 when none.
 int32_t unitOpenOn(std::string_view name);
+// The same, with whether the name exists and is not a folder, from one look.
+int32_t unitOpenOn(std::string_view name, bool& exists);
 bool unitIsOpen(int32_t unit);
 
 // Formatted text.

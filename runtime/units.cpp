@@ -153,16 +153,30 @@ void OPENERCORE(int32_t& unit, TextRef name, std::string_view mode, std::string_
             report(t.view(), true, false);
         }
 
+        // The replace modes on a free name: nothing to find open, nothing to
+        // delete, so the file is made in one call. A taken name goes the full way.
+        bool firstFailed = false;
+        if (m.known && !m.inputClass && !s.copyMode) {
+            engine::NewFile made = engine::createNewFile(unit, m, name.trimmed());
+            if (made == engine::NewFile::opened) {
+                reportUnit("OK.  File Unit:", unit);
+                return;
+            }
+            firstFailed = made == engine::NewFile::unusable;
+        }
+
         // A file open on another unit: input and the append and keep modes
         // share it, the other modes close that unit first if the person agrees.
-        bool exists = platformFileExists(name.trimmed());
-        int32_t other = unitOpenOn(name.trimmed());
+        bool exists = false;
+        int32_t other = unitOpenOn(name.trimmed(), exists);
+        bool asked = false;
         if (other != 0 && !m.inputClass && m.code[0] != 'A' && m.code[0] != 'S') {
             if (!agreeToClose(name.trimmed())) {
                 needName = true;
                 continue;
             }
             closeForReopen(other);
+            asked = true;
         }
 
         // Input files: asked for again until one exists.
@@ -197,9 +211,17 @@ void OPENERCORE(int32_t& unit, TextRef name, std::string_view mode, std::string_
         }
         if (s.copyMode) redirectOutput(name);
 
-        // The open, tried until it works or the run is given up.
+        // The open, tried until it works or the run is given up. The look
+        // above still holds for the first try when nothing came in between.
+        bool known = !asked && !s.copyMode;
+        if (firstFailed) {
+            report("Can't Open", false, true);
+            waitToRetryOpen(name.trimmed(), false);
+            known = false;
+        }
         for (;;) {
-            bool existed = platformFileExists(name.trimmed());
+            bool existed = known ? exists : platformFileExists(name.trimmed());
+            known = false;
             bool opened = engine::openFile(unit, m, name.trimmed());
             if (!opened && existed && m.code[0] == 'A' && m.code[1] == ' ') {
                 report("FAILED.  No File Unit allocated.", false, true);

@@ -74,7 +74,7 @@ void unquoteInto(std::string_view t, TextRef out) {
 // Splits a record line into the first `count` slots by the list rules: a
 // value ends at a comma, a blank or the end; quotes may hold both; an empty
 // value, a slash or the end of the line leave slots as they were; r*v repeats.
-void splitLine(std::string_view line, SlotTable& table, int count) {
+void splitLineFully(std::string_view line, SlotTable& table, int count) {
     FreeFormat ff(line);
     for (int i = 1; i <= count; ++i) {
         std::string_view token;
@@ -87,6 +87,45 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
         } else {
             table.slot[i].ref().assign(token);
         }
+    }
+}
+
+// The usual record line, taken in one pass: values that are either plain
+// (no slash or star, not led by a quote) or quoted with no quote inside, each
+// with blanks round it if any, closed by a comma or the end of the line.
+// Anything else, and the line is split again from the start by the full
+// rules; the values taken so far are what those rules give them too.
+void splitLine(std::string_view line, SlotTable& table, int count) {
+    const char* p = line.data();
+    const char* const e = p + line.size();
+    auto skipBlanks = [&] {
+        while (p < e && (*p == ' ' || *p == '\t')) ++p;
+    };
+    for (int i = 1; i <= count; ++i) {
+        skipBlanks();
+        if (p == e) return;  // the end: the slots behind keep their values
+        const char* start = p;
+        std::string_view value;
+        if (*p == '"' || *p == '\'') {
+            const void* close = std::memchr(p + 1, *p, static_cast<std::size_t>(e - p - 1));
+            if (close == nullptr) return splitLineFully(line, table, count);
+            const char* c = static_cast<const char*>(close);
+            value = {start + 1, static_cast<std::size_t>(c - start - 1)};
+            p = c + 1;
+        } else {
+            while (p < e && *p != ',' && *p != ' ' && *p != '\t') {
+                if (*p == '/' || *p == '*') return splitLineFully(line, table, count);
+                ++p;
+            }
+            // Nothing before the comma: a null value.
+            if (p == start) return splitLineFully(line, table, count);
+            value = {start, static_cast<std::size_t>(p - start)};
+        }
+        skipBlanks();
+        // A doubled quote, or a value led by blanks alone: the full rules.
+        if (p < e && *p != ',') return splitLineFully(line, table, count);
+        table.slot[i].ref().assign(value);
+        if (p < e) ++p;  // the comma
     }
 }
 

@@ -1,8 +1,11 @@
 // The file-unit manager: numbering, reports, open modes on real files, line
 // and record reading, write failures and a direct stop.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <tuple>
 
@@ -88,6 +91,25 @@ TEST_F(Units, KeepAppendAndReplaceModes) {
         closeUnit(u);
         EXPECT_EQ(readFile(dir / name), want) << mode << " " << name;
     }
+}
+
+TEST_F(Units, ReplaceDeletesTheNameNotWhatItLeadsTo) {
+    // A hard link keeps the old bytes, a dangling link is replaced by a file
+    // and its target is never made.
+    writeFile(dir / "old.txt", "old");
+    ASSERT_EQ(::link((dir / "old.txt").c_str(), (dir / "linked.txt").c_str()), 0);
+    ASSERT_EQ(::symlink((dir / "nowhere.txt").c_str(), (dir / "dangling.txt").c_str()), 0);
+    for (const char* name : {"linked.txt", "dangling.txt"}) {
+        int32_t u = openUnit("O ", dir / name);
+        unitWriteBytes(u, "new", 3);
+        closeUnit(u);
+        struct stat st;
+        ASSERT_EQ(::lstat((dir / name).c_str(), &st), 0);
+        EXPECT_TRUE(S_ISREG(st.st_mode) && st.st_nlink == 1) << name;
+        EXPECT_EQ(readFile(dir / name), "new") << name;
+    }
+    EXPECT_EQ(readFile(dir / "old.txt"), "old");
+    EXPECT_FALSE(std::filesystem::exists(dir / "nowhere.txt"));
 }
 
 // Big-endian units, explicit byte order, and the length marks around unformatted records.
