@@ -30,19 +30,12 @@ import statistics
 import subprocess
 import sys
 import tempfile
+
+from headers import write_headers
 import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
-PRJ = ('PROJCS["GDA_1994_MGA_Zone_55",GEOGCS["GCS_GDA_1994",DATUM["D_GDA_1994",'
-       'SPHEROID["GRS_1980",6378137.0,298.257222101]],PRIMEM["Greenwich",0.0],'
-       'UNIT["Degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],'
-       'PARAMETER["False_Easting",500000.0],PARAMETER["False_Northing",10000000.0],'
-       'PARAMETER["Central_Meridian",147.0],PARAMETER["Scale_Factor",0.9996],'
-       'PARAMETER["Latitude_Of_Origin",0.0],UNIT["Meter",1.0]]\r\n')
-MIF = ('Version 300\r\nCharset "WindowsLatin1"\r\nDelimiter ","\r\n'
-       'CoordSys Earth Projection 8, 116, "m", 147, 0, 0.9996, 500000, 10000000\r\n'
-       'Columns 1\r\n  ID Integer\r\nData\r\n\r\n')
 INPUT = "input.sdf"
 FLOOR_LINE = re.compile(r"timed wall ([0-9.]+) user ([0-9.]+) sys ([0-9.]+) s")
 
@@ -53,9 +46,7 @@ def prepare(workdir, sdf):
         os.link(sdf, os.path.join(d, INPUT))
     except OSError:
         shutil.copyfile(sdf, os.path.join(d, INPUT))
-    for name, text in (("Header.prj", PRJ), ("Header.mif", MIF)):
-        with open(os.path.join(d, name), "w", newline="") as f:
-            f.write(text)
+    write_headers(d)
     return d
 
 
