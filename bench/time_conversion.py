@@ -135,7 +135,8 @@ def main():
     reachmap = os.path.abspath(a.reachmap)
     copy_floor = find_floor(a.floor)
     opts = ["-" + a.format] + (["-notrim"] if a.notrim else [])
-    conv, flo, ratios, rss = {"wall": [], "user": [], "sys": []}, {"wall": [], "user": [], "sys": []}, [], []
+    conv, flo, rss = {"wall": [], "user": [], "sys": []}, {"wall": [], "user": [], "sys": []}, []
+    ratios, cpu_ratios = [], []
     for _ in range(a.runs):
         d = prepare(a.workdir, a.sdf)
         wall, user, system, peak, status, outputs = convert(reachmap, d, opts, a.pin)
@@ -147,6 +148,7 @@ def main():
         for k, v in zip(("wall", "user", "sys"), (fw, fu, fs)):
             flo[k].append(v)
         ratios.append(wall / fw if fw > 0 else float("inf"))
+        cpu_ratios.append((user + system) / (fu + fs) if fu + fs > 0 else float("inf"))
         rss.append(peak)
     mb = 1024.0 * 1024.0
     in_bytes = os.path.getsize(a.sdf)
@@ -160,6 +162,9 @@ def main():
         for k in ("wall", "user", "sys"):
             print(f"{label + ' ' + k:17}{spread(table[k])} s")
     print(f"{'ratio wall':17}{spread(ratios, '{:8.2f}')} x (converter / floor, per pair)")
+    # On a loaded machine the wall times wait for other work; user + system
+    # time does much less.
+    print(f"{'ratio cpu':17}{spread(cpu_ratios, '{:8.2f}')} x (user + system, per pair)")
     print(f"{'peak RSS':17}{spread(rss, '{:8.1f}')} MB")
     print(f"{'input rate':17}{in_bytes / mb / statistics.median(conv['wall']):8.1f} MB/s")
     if a.no_strace or not shutil.which("strace"):
