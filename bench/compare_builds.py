@@ -12,7 +12,9 @@ LF line ends), the bundled examples/river.sdf and the real samples of DIR
 when absent). Every file is converted with -mif, -shp and no format option,
 each with and without -notrim, once per binary, each binary in its own
 folder, with standard input closed. A few command lines without a file
-(help, a missing file) are run as well.
+(help, a missing file, a bad option) are run as well, river.sdf in a folder
+named with a Windows separator (first without, then with its Header files
+there), and a run that stops half way over the outputs of an earlier one.
 
 Then it compares every file byte for byte (in a .dbf, bytes 1 to 3 hold the
 date of writing and are blanked first), standard output, standard error
@@ -130,11 +132,18 @@ def inputs(real_dir):
     return files
 
 
-def run_one(binary, folder, args, sdf_name=None, data=None):
-    os.makedirs(folder)
-    write_headers(folder)
+def run_one(binary, folder, args, sdf_name=None, data=None, tag=""):
+    """One run in folder (made when new, with the Header files), the SDF
+    file written first when given; the transcript, standard error and exit
+    status are kept beside the outputs as #stdout{tag} and so on, names that
+    no output of the converter can clash with."""
+    if not os.path.isdir(folder):
+        os.makedirs(folder)
+        write_headers(folder)
     if sdf_name:
-        with open(os.path.join(folder, sdf_name), "wb") as f:
+        path = os.path.join(folder, *sdf_name.split("\\"))
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as f:
             f.write(data)
     try:
         p = subprocess.run([binary] + args, cwd=folder, stdin=subprocess.DEVNULL,
@@ -142,9 +151,8 @@ def run_one(binary, folder, args, sdf_name=None, data=None):
         out, err, status = p.stdout, p.stderr, str(p.returncode)
     except subprocess.TimeoutExpired as e:
         out, err, status = e.stdout or b"", e.stderr or b"", "timeout"
-    # Named so that no output file of the converter can clash with them.
     for name, b in (("#stdout", out), ("#stderr", err), ("#status", status.encode())):
-        with open(os.path.join(folder, name), "wb") as f:
+        with open(os.path.join(folder, name + tag), "wb") as f:
             f.write(b)
 
 
@@ -158,6 +166,20 @@ def run_all(binary, top, files):
     for run, args in COMMAND_LINES.items():
         run_one(binary, os.path.join(top, "cmd_" + run), args)
         runs.append("cmd_" + run)
+    for fmt in (["-mif"], ["-shp"], []):
+        tail = "".join("_" + o.lstrip("-") for o in fmt)
+        # The file in a folder, named with a Windows separator: the layers go
+        # beside it, the .csv files to the current folder.
+        run = "in_folder" + tail
+        run_one(binary, os.path.join(top, run), fmt + ["data\\river.sdf"], "data\\river.sdf", files["river.sdf"])
+        write_headers(os.path.join(top, run, "data"))
+        run_one(binary, os.path.join(top, run), fmt + ["data\\river.sdf"], tag="2")
+        # A run over the outputs of an earlier, larger one that stops half
+        # way: what the stop leaves of the old files counts too.
+        run = "rerun" + tail
+        run_one(binary, os.path.join(top, run), fmt + ["-notrim", "a.sdf"], "a.sdf", files["quirks_crlf.sdf"])
+        run_one(binary, os.path.join(top, run), fmt + ["a.sdf"], "a.sdf", files["stop_station.sdf"], tag="2")
+        runs += ["in_folder" + tail, run]
     return runs
 
 
@@ -180,11 +202,16 @@ def describe(a, b):
             f"      B: {lb[line][:200] if line < len(lb) else b''!r}")
 
 
+def files_under(folder):
+    """Every file below folder, by its path relative to folder."""
+    return {os.path.relpath(os.path.join(d, f), folder) for d, _, fs in os.walk(folder) for f in fs}
+
+
 def compare(top_a, top_b, runs):
     diffs = []
     for run in runs:
         da, db = os.path.join(top_a, run), os.path.join(top_b, run)
-        na, nb = set(os.listdir(da)), set(os.listdir(db))
+        na, nb = files_under(da), files_under(db)
         for name in sorted(na - nb):
             diffs.append(f"{run}: {name} written only by A")
         for name in sorted(nb - na):
