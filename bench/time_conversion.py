@@ -12,8 +12,10 @@ it reads the input once and writes the same files again, and reports the
 wall, user and system time of that part itself, without its untimed preload.
 
 Reports, over N pairs: median, minimum and maximum of wall, user and system
-time for both, the ratio of the two wall times per pair, and the converter's
-peak resident memory. When strace is installed, one more untimed run under
+time for both, the ratio of the two wall times and of the two user + system
+times per pair (the second is the steadier on a loaded machine), and the
+converter's peak resident memory. The converter's wall time is the whole
+process as seen from here; the floor's is its own timed part. When strace is installed, one more untimed run under
 `strace -c -f` counts the converter's system calls per output file.
 
 --pin CPU keeps both programs on one core. Give a --workdir on tmpfs
