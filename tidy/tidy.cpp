@@ -55,7 +55,15 @@ bool stars(int width, int decimals, double v) {
     return b[0] == '*';
 }
 
-std::string quoteText(std::string_view s) { return "\"" + std::string(s) + "\""; }
+// Built by appending: g++ 12 warns wrongly (-Wrestrict) about "\"" + s + "\"".
+std::string quoteText(std::string_view s) {
+    std::string q;
+    q.reserve(s.size() + 2);
+    q += '"';
+    q += s;
+    q += '"';
+    return q;
+}
 
 // The converter's run over a file, fed one line at a time. Predicting, it
 // stops where the converter stops. Repairing, it reports each finding, changes
