@@ -7,20 +7,13 @@
 #include <filesystem>
 #include <string>
 
+#include "bench_folder.hpp"
 #include "gis/gis.hpp"
 #include "runtime/units.hpp"
 
 namespace {
 
-std::filesystem::path folder() {
-    static const std::filesystem::path p = [] {
-        auto d = std::filesystem::temp_directory_path() / "reachmap_gis_bench";
-        std::filesystem::create_directories(d);
-        FILEINIT(1000);
-        return d;
-    }();
-    return p;
-}
+const std::filesystem::path& folder() { return benchFolder("reachmap_gis_bench"); }
 
 uintmax_t bytesOfLayer(const std::string& stem) {
     uintmax_t n = 0;

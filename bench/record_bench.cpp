@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "bench_folder.hpp"
 #include "driver/layer_set.hpp"
 #include "gis/gis.hpp"
 #include "runtime/units.hpp"
@@ -15,15 +16,7 @@
 
 namespace {
 
-std::filesystem::path folder() {
-    static const std::filesystem::path p = [] {
-        auto d = std::filesystem::temp_directory_path() / "reachmap_record_bench";
-        std::filesystem::create_directories(d);
-        FILEINIT(1000);
-        return d;
-    }();
-    return p;
-}
+const std::filesystem::path& folder() { return benchFolder("reachmap_record_bench"); }
 
 constexpr int kPoints = 200000;
 
