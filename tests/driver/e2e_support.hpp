@@ -86,6 +86,14 @@ inline constexpr const char* kRealSamples[] = {
     "rivergis_network_only_5reach.sdf", "civil3d_geo_elseco_97xs_crlf.sdf"};
 inline std::string sampleName(const std::string& file) { return file.substr(0, file.find('.')); }
 
+// Why a test on the real sample `src` cannot run here (the samples or ogrinfo
+// are missing), or empty when it can: `if (!why.empty()) GTEST_SKIP() << why;`.
+inline std::string realSampleSkip(const fs::path& src) {
+    if (!fs::exists(src)) return "real SDF samples not found at " + src.string();
+    if (std::system("command -v ogrinfo > /dev/null 2>&1") != 0) return "ogrinfo (gdal-bin) not installed";
+    return "";
+}
+
 // Features in a layer as ogrinfo, an independent reader, counts them.
 inline int featureCount(const fs::path& layer) {
     std::string cmd = "ogrinfo -ro -so -al " + quote(layer.string()) + " 2>&1";
