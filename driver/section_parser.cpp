@@ -65,6 +65,24 @@ bool readLeveeRow(std::string_view line, TextRef name, float& station, float& el
     return FreeFormat(rest).real4(elevation) == ReadResult::ok;
 }
 
+namespace {
+
+// A row of three plain decimals and nothing else, the common case: the block
+// goes on, and the row reads as readSurfaceRow reads it. False when the row
+// needs the full rules, with the targets untouched.
+bool plainSurfaceRow(std::string_view line, double& x, double& y, float& z) {
+    FreeFormat f(line);
+    double a, b;
+    float c;
+    if (!(f.quickReal8(a) && f.quickReal8(b) && f.quickReal4(c) && f.atEnd())) return false;
+    x = a;
+    y = b;
+    z = c;
+    return true;
+}
+
+}  // namespace
+
 void takeStation(TextRef out) {
     // A star marks the station; the line is cut in front of it.
     std::string_view t = textLine.view();
@@ -106,6 +124,16 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
     surfCount = 0;
     for (;;) {
         readLineOrStop(unit, lineNo, line, "a SURFACE LINE block");
+        double x, y;
+        float z;
+        if (plainSurfaceRow(line.view(), x, y, z)) {
+            if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
+            ++surfCount;
+            surfX[surfCount] = x;
+            surfY[surfCount] = y;
+            surfZ[surfCount] = z;
+            continue;
+        }
         if (endsSurfaceBlock(line)) return;
         if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
         ++surfCount;

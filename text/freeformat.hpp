@@ -33,6 +33,15 @@ struct FreeFormat {
     ReadResult int8(int64_t& v);
     ReadResult text(TextRef v);
 
+    // The next value when it is a plain decimal, [-]digits[.digits], that
+    // real8 / real4 read on their quick road; false, and nothing taken,
+    // otherwise. A caller that reads rows of such values checks them here
+    // first and leaves anything else to the full rules.
+    bool quickReal8(double& v);
+    bool quickReal4(float& v);
+    // Every byte of the text has been taken.
+    bool atEnd() const { return pos >= s.size() && !stopped && repeatLeft == 0; }
+
     // The bytes that make up the next value, or a null / end / slash state.
     enum class Item { value, null, end, slash };
     Item next(std::string_view& token, bool& quoted);
