@@ -105,4 +105,39 @@ TEST(FreeFormat, QuickAndGeneralRoadsAgree) {
     }
 }
 
+// Digit runs are taken eight bytes at a time where eight can be read: every
+// length of whole and decimal part on both sides of that, each followed by
+// the end of the text, a separator, or a byte that spoils the number. The
+// token read alone by the byte-at-a-time road is the reference.
+TEST(FreeFormat, DigitRunsOfEveryLength) {
+    const std::string digits = "9876543210123456789";
+    const char* tails[] = {"", ",", "  4", "x9", "e2", "-1"};
+    for (int whole = 0; whole <= 12; ++whole) {
+        for (int frac = -1; frac <= 12; ++frac) {  // -1: no point at all
+            std::string number = digits.substr(0, static_cast<std::size_t>(whole));
+            if (frac >= 0) number += "." + digits.substr(7, static_cast<std::size_t>(frac));
+            if (number.empty()) continue;
+            for (const char* tail : tails) {
+                for (const char* sign : {"", "-"}) {
+                    const std::string line = sign + number + tail;
+                    const std::string_view token = std::string_view(line).substr(0, line.find_first_of(" ,"));
+                    double want = -1, got = -1;
+                    const bool valid = parseReal8(token, want);
+                    const ReadResult r = FreeFormat(line).real8(got);
+                    if (!valid) {
+                        EXPECT_NE(r, ReadResult::ok) << line;
+                        continue;
+                    }
+                    ASSERT_EQ(r, ReadResult::ok) << line;
+                    EXPECT_EQ(got, want) << line;
+                    float wantF = -1, gotF = -1;
+                    ASSERT_TRUE(parseReal4(token, wantF)) << line;
+                    ASSERT_EQ(FreeFormat(line).real4(gotF), ReadResult::ok) << line;
+                    EXPECT_EQ(gotF, wantF) << line;
+                }
+            }
+        }
+    }
+}
+
 }  // namespace
