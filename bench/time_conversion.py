@@ -14,8 +14,11 @@ wall, user and system time of that part itself, without its untimed preload.
 Reports, over N pairs: median, minimum and maximum of wall, user and system
 time for both, the ratio of the two wall times and of the two user + system
 times per pair (the second is the steadier on a loaded machine), and the
-converter's peak resident memory. The converter's wall time is the whole
-process as seen from here; the floor's is its own timed part. When strace is installed, one more untimed run under
+converter's peak resident memory. The converter is started by run_measured
+(built beside copy_floor), which times the whole process from fork to exit
+and reports its own peak memory: started straight from this interpreter, the
+converter's peak would start from the interpreter's size. The floor's time
+is its own timed part. When strace is installed, one more untimed run under
 `strace -c -f` counts the converter's system calls per output file.
 
 --pin CPU keeps both programs on one core. Give a --workdir on tmpfs
@@ -34,7 +37,6 @@ import sys
 import tempfile
 
 from headers import write_headers
-import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
@@ -56,18 +58,23 @@ def pinned(cpu):
     return None if cpu is None else (lambda: os.sched_setaffinity(0, {cpu}))
 
 
-def convert(reachmap, d, opts, cpu):
-    """One timed run: wall, user, sys, peak RSS in MB, exit status, new files."""
+MEASURED_LINE = re.compile(r"measured wall ([0-9.]+) user ([0-9.]+) sys ([0-9.]+) s peak ([0-9]+) kB status (-?[0-9]+)")
+
+
+def convert(runner, reachmap, d, opts, cpu):
+    """One timed run through run_measured, which forks the converter itself so
+    that its peak memory is its own, not this interpreter's: wall, user, sys,
+    peak RSS in MB, exit status, new files."""
     before = set(os.listdir(d))
-    with open(os.devnull, "rb") as null_in, open(os.devnull, "wb") as null_out:
-        t0 = time.perf_counter()
-        p = subprocess.Popen([reachmap] + opts + [INPUT], cwd=d, stdin=null_in, stdout=null_out,
-                             preexec_fn=pinned(cpu))
-        _, status, usage = os.wait4(p.pid, 0)
-        wall = time.perf_counter() - t0
+    pin = [] if cpu is None else ["--cpu", str(cpu)]
+    p = subprocess.run([runner] + pin + [reachmap] + opts + [INPUT], cwd=d, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+    m = MEASURED_LINE.search(p.stderr)
+    if not m:
+        sys.exit(f"run_measured failed: {p.stderr.strip()}")
+    wall, user, system, peak_kb, status = m.groups()
     outputs = sorted(f for f in os.listdir(d) if f not in before)
-    return (wall, usage.ru_utime, usage.ru_stime, usage.ru_maxrss / 1024.0,
-            os.waitstatus_to_exitcode(status), outputs)
+    return float(wall), float(user), float(system), int(peak_kb) / 1024.0, int(status), outputs
 
 
 def floor(copy_floor, d, outputs, workdir, cpu):
@@ -110,12 +117,12 @@ def syscalls(reachmap, sdf, opts, workdir):
     return counts, files
 
 
-def find_floor(given):
-    for p in ([given] if given else [os.path.join(ROOT, "build", "bench", "bench", "copy_floor")]):
+def find_built(given, name):
+    for p in ([given] if given else [os.path.join(ROOT, "build", "bench", "bench", name)]):
         if os.access(p, os.X_OK):
             return os.path.abspath(p)
-    sys.exit("copy_floor not found: build it with cmake --preset bench && cmake --build --preset bench, "
-             "or give --floor")
+    sys.exit(f"{name} not found: build it with cmake --preset bench && cmake --build --preset bench"
+             + (", or give --floor" if name == "copy_floor" else ""))
 
 
 def spread(values, fmt="{:8.3f}"):
@@ -135,13 +142,14 @@ def main():
     ap.add_argument("--no-strace", action="store_true", help="skip the system call count")
     a = ap.parse_args()
     reachmap = os.path.abspath(a.reachmap)
-    copy_floor = find_floor(a.floor)
+    copy_floor = find_built(a.floor, "copy_floor")
+    runner = find_built(None, "run_measured")
     opts = ["-" + a.format] + (["-notrim"] if a.notrim else [])
     conv, flo, rss = {"wall": [], "user": [], "sys": []}, {"wall": [], "user": [], "sys": []}, []
     ratios, cpu_ratios = [], []
     for _ in range(a.runs):
         d = prepare(a.workdir, a.sdf)
-        wall, user, system, peak, status, outputs = convert(reachmap, d, opts, a.pin)
+        wall, user, system, peak, status, outputs = convert(runner, reachmap, d, opts, a.pin)
         out_bytes = sum(os.path.getsize(os.path.join(d, f)) for f in outputs)
         fw, fu, fs = floor(copy_floor, d, outputs, a.workdir, a.pin)
         shutil.rmtree(d)
