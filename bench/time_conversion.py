@@ -175,6 +175,11 @@ def main():
     # On a loaded machine the wall times wait for other work; user + system
     # time does much less.
     print(f"{'ratio cpu':17}{spread(cpu_ratios, '{:8.2f}')} x (user + system, per pair)")
+    # On a virtual machine the floor's system time now and then jumps several
+    # fold (fresh memory backed by the host on first touch), and the pair's
+    # ratio with it; the fastest floor is the machine's real limit.
+    print(f"{'ratio to fastest':17}{statistics.median(conv['wall']) / min(flo['wall']):8.2f} x "
+          "(converter median wall / floor minimum wall)")
     print(f"{'peak RSS':17}{spread(rss, '{:8.1f}')} MB")
     print(f"{'input rate':17}{in_bytes / mb / statistics.median(conv['wall']):8.1f} MB/s")
     if a.no_strace or not shutil.which("strace"):
