@@ -80,10 +80,25 @@ void BM_PutFixedPoint(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 
+// One MIF point line's coordinates: x and y in 16 columns with 6 decimals.
+void BM_PutFixedCoordinates(benchmark::State& state) {
+    char out[32];
+    double x = 352025.49, y = 6254930.468;
+    for (auto _ : state) {
+        putFixed(out, 16, 6, x);
+        putFixed(out + 16, 16, 6, y);
+        benchmark::DoNotOptimize(out);
+        x += 4.129;
+        y -= 3.242;
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
 }  // namespace
 
 BENCHMARK(BM_SurfaceRow);
 BENCHMARK(BM_NValuesRow);
 BENCHMARK(BM_PutFixedPoint);
+BENCHMARK(BM_PutFixedCoordinates);
 
 BENCHMARK_MAIN();

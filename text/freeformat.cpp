@@ -1,6 +1,5 @@
 #include "text/freeformat.hpp"
 
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -280,49 +279,6 @@ FreeFormat::Item FreeFormat::next(std::string_view& token, bool& quoted) {
     return Item::value;
 }
 
-namespace {
-
-constexpr uint64_t kTens[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
-
-// The value of eight digits, one a byte, the first in the lowest byte.
-uint64_t eightDigits(uint64_t v) {
-    v = v * 10 + (v >> 8);
-    return (((v & 0x000000FF000000FFull) * (100 + (1000000ull << 32))) +
-            (((v >> 16) & 0x000000FF000000FFull) * (1 + (10000ull << 32)))) >>
-           32;
-}
-
-// Takes the run of decimal digits at p (not past e) into d, as d * 10^k plus
-// their value, eight bytes at a time where eight can be read. Returns the
-// first byte behind the run.
-const char* digitRun(const char* p, const char* const e, uint64_t& d) {
-    while (e - p >= 8) {
-        uint64_t x;
-        std::memcpy(&x, p, 8);
-        const uint64_t v = x - 0x3030303030303030ull;
-        // The top bit of a byte is set where the byte is below '0' or above
-        // '9'. Carries and borrows run upwards only, so the lowest such byte,
-        // the one that ends the run, is always marked and no digit below it is.
-        const uint64_t other = ((x + 0x4646464646464646ull) | v) & 0x8080808080808080ull;
-        if (other == 0) {
-            d = d * kTens[8] + eightDigits(v);
-            p += 8;
-            continue;
-        }
-        const int n = std::countr_zero(other) >> 3;
-        if (n > 0) {
-            // The n digits moved to the top; the bytes below them read as zeros.
-            d = d * kTens[n] + eightDigits(v << (8 * (8 - n)));
-            p += n;
-        }
-        return p;
-    }
-    while (p < e && static_cast<unsigned char>(*p - '0') < 10) d = d * 10 + static_cast<uint64_t>(*p++ - '0');
-    return p;
-}
-
-}  // namespace
-
 bool FreeFormat::quickDecimal(uint64_t& digits, int& scale, bool& negative, std::size_t& end) const {
     if (stopped || repeatLeft > 0) return false;
     const char* p = s.data() + pos;
@@ -332,12 +288,12 @@ bool FreeFormat::quickDecimal(uint64_t& digits, int& scale, bool& negative, std:
     if (negative) ++p;
     uint64_t d = 0;
     const char* const first = p;
-    p = digitRun(p, e, d);
+    while (p < e && static_cast<unsigned char>(*p - '0') < 10) d = d * 10 + static_cast<uint64_t>(*p++ - '0');
     int count = static_cast<int>(p - first);
     scale = 0;
     if (p < e && *p == '.') {
         const char* const frac = ++p;
-        p = digitRun(p, e, d);
+        while (p < e && static_cast<unsigned char>(*p - '0') < 10) d = d * 10 + static_cast<uint64_t>(*p++ - '0');
         scale = static_cast<int>(p - frac);
         count += scale;
     }

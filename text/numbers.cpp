@@ -124,67 +124,9 @@ char* digitsBefore64(char* p, uint64_t v, int count) {
     return v <= UINT32_MAX ? digitsBefore(p, static_cast<uint32_t>(v), count) : digitsBefore(p, v, count);
 }
 
-// Eight decimal digits of v < 10^8 with leading zeros, as the bytes of a
-// word in memory order: four and four, then two and two, then one and one,
-// all lanes at once.
-uint64_t eightAscii(uint32_t v) {
-    const uint64_t high = v / 10000, low = v % 10000;
-    uint64_t x = high | (low << 32);
-    const uint64_t hundreds = ((x * 10486) >> 20) & 0x0000007F0000007Full;  // x / 100 in each lane
-    x = hundreds | ((x - hundreds * 100) << 16);
-    const uint64_t tens = ((x * 103) >> 10) & 0x000F000F000F000Full;  // x / 10 in each lane
-    x = tens | ((x - tens * 10) << 8);
-    return x + 0x3030303030303030ull;
-}
-
-// scaled / 10^decimals for 1 to 8 decimals, by constant divisors: the
-// compiler turns each into a multiplication.
-uint64_t wholePart(uint64_t scaled, int decimals) {
-    switch (decimals) {
-        case 1: return scaled / 10;
-        case 2: return scaled / 100;
-        case 3: return scaled / 1000;
-        case 4: return scaled / 10000;
-        case 5: return scaled / 100000;
-        case 6: return scaled / 1000000;
-        case 7: return scaled / 10000000;
-        default: return scaled / 100000000;
-    }
-}
-
-// The usual field, written without a loop: 1 to 8 decimals, a whole part
-// below 10^8, and room for eight bytes in front of the point. Written right
-// to left in whole words straight into place, each word over what the one
-// before left to be overwritten. False when the field is not of that kind.
-bool quickFixed(char* out, int width, int decimals, bool negative, uint64_t scaled) {
-    if (decimals < 1 || decimals > 8 || width < decimals + 9 || width > 64) return false;
-    const uint64_t whole = wholePart(scaled, decimals);
-    if (whole >= 100000000) return false;
-    const int intDigits = whole == 0 ? 1 : digitCount(whole);  // a zero before the point at least
-    if ((negative ? 1 : 0) + intDigits + 1 + decimals > width) return false;
-    const uint64_t part = scaled - whole * kPow10All[decimals];
-
-    char* const end = out + width;
-    char* const point = end - decimals - 1;
-    // Blanks in front of the eight bytes before the point.
-    constexpr uint64_t kBlanks = 0x2020202020202020ull;
-    for (char* p = out; p < point - 8; p += 8) std::memcpy(p, &kBlanks, 8);
-    // The decimals, with leading zeros that the next word covers.
-    const uint64_t frac = eightAscii(static_cast<uint32_t>(part));
-    std::memcpy(end - 8, &frac, 8);
-    // The whole part, its leading zeros turned to blanks.
-    const uint64_t keep = ~uint64_t{0} << (8 * (8 - intDigits));
-    const uint64_t lead = (eightAscii(static_cast<uint32_t>(whole)) & keep) | (kBlanks & ~keep);
-    std::memcpy(point - 8, &lead, 8);
-    *point = '.';
-    if (negative) point[-intDigits - 1] = '-';
-    return true;
-}
-
 // The field from the exact scaled integer, written from the right straight
 // into place: the decimals and the whole part do not depend on each other.
 char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_t scaled) {
-    if (quickFixed(out, width, decimals, negative, scaled)) return out + width;
     const int nd = digitCount(scaled);
     const int intDigits = nd > decimals ? nd - decimals : 1;  // a zero before the point at least
     int len = (negative ? 1 : 0) + intDigits + 1 + decimals;

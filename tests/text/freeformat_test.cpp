@@ -105,10 +105,9 @@ TEST(FreeFormat, QuickAndGeneralRoadsAgree) {
     }
 }
 
-// Digit runs are taken eight bytes at a time where eight can be read: every
-// length of whole and decimal part on both sides of that, each followed by
-// the end of the text, a separator, or a byte that spoils the number. The
-// token read alone by the byte-at-a-time road is the reference.
+// The quick road for plain decimals against the general one: every length of
+// whole and decimal part, each followed by the end of the text, a separator,
+// or a byte that spoils the number. The token read alone is the reference.
 TEST(FreeFormat, DigitRunsOfEveryLength) {
     const std::string digits = "9876543210123456789";
     const char* tails[] = {"", ",", "  4", "x9", "e2", "-1"};
