@@ -246,8 +246,10 @@ namespace {
 
 // Takes `fd` as the file object `idx` in mode `m`: the descriptor moved above
 // the console's numbers, checked not to be a folder, and joined to the group
-// of its file. False, with `fd` closed, when it cannot be used.
-bool adopt(int idx, const ModeInfo& m, int fd) {
+// of its file. A `fresh` file was made by this open (O_EXCL): not a folder,
+// empty, and in no group yet, so the stat of it is left until some other
+// file is compared with it. False, with `fd` closed, when it cannot be used.
+bool adopt(int idx, const ModeInfo& m, int fd, bool fresh = false) {
     if (fd <= 2) {
         // Standard input, output or error was closed: keep their numbers free,
         // so that a file never stands in for the console.
@@ -256,8 +258,8 @@ bool adopt(int idx, const ModeInfo& m, int fd) {
         if (high < 0) return false;
         fd = high;
     }
-    struct stat st;
-    if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+    struct stat st{};
+    if (!fresh && (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode))) {
         ::close(fd);
         return false;
     }
@@ -265,7 +267,7 @@ bool adopt(int idx, const ModeInfo& m, int fd) {
     int freeGroup = -1;
     for (int k = 0; k < kFiles; ++k) {
         if (groups[k].refs > 0) {
-            if (groups[k].dev == st.st_dev && groups[k].ino == st.st_ino) {
+            if (!fresh && identify(k) && groups[k].dev == st.st_dev && groups[k].ino == st.st_ino) {
                 g = k;
                 break;
             }
@@ -275,7 +277,7 @@ bool adopt(int idx, const ModeInfo& m, int fd) {
     }
     if (g < 0) {
         g = freeGroup;
-        groups[g] = Group{st.st_dev, st.st_ino, 0, -1, 0};
+        groups[g] = Group{st.st_dev, st.st_ino, 0, -1, 0, !fresh};
     }
     ++groups[g].refs;
     UnitFile& f = files[idx];
@@ -292,6 +294,21 @@ bool adopt(int idx, const ModeInfo& m, int fd) {
 
 }  // namespace
 
+bool identify(int group) {
+    Group& g = groups[group];
+    if (g.known) return true;
+    for (int k = 0; k < kFiles; ++k) {
+        struct stat st;
+        if (files[k].fd >= 0 && files[k].group == group && ::fstat(files[k].fd, &st) == 0) {
+            g.dev = st.st_dev;
+            g.ino = st.st_ino;
+            g.known = true;
+            return true;
+        }
+    }
+    return false;
+}
+
 NewFile createNewFile(int32_t unit, const ModeInfo& m, std::string_view name) {
     int64_t i = static_cast<int64_t>(unit) - firstUnit;
     if (i < 0 || i >= kFiles || files[i].fd >= 0 || m.access != Access::replace) return NewFile::taken;
@@ -301,7 +318,7 @@ NewFile createNewFile(int32_t unit, const ModeInfo& m, std::string_view name) {
     // nothing to delete and the replace comes to the same file.
     int fd = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) return NewFile::taken;
-    return adopt(static_cast<int>(i), m, fd) ? NewFile::opened : NewFile::unusable;
+    return adopt(static_cast<int>(i), m, fd, true) ? NewFile::opened : NewFile::unusable;
 }
 
 // Opens the file object of `unit` in mode `m`. True when it is open.

@@ -51,10 +51,17 @@ struct Group {
     int refs = 0;
     int dirty = -1;  // file object with pending output, -1 for none
     uint64_t version = 0;
+    // dev and ino are read. A file the run has just made is a new inode that
+    // no open file can share, so its identity is only read (identify) when
+    // another file is compared with it.
+    bool known = true;
 };
 
 extern UnitFile files[kFiles];
 extern Group groups[kFiles];
+// The group's dev and ino, read now if they were left for later; false when
+// they cannot be read.
+bool identify(int group);
 extern char buffers[kFiles][kBufCap];
 extern int32_t firstUnit;  // unit of slot 1; file object i has unit firstUnit + i
 

@@ -27,7 +27,8 @@ int32_t unitOpenOn(std::string_view name, bool& exists) {
     exists = !S_ISDIR(st.st_mode);
     for (int i = 0; i < kFiles; ++i) {
         const UnitFile& f = files[i];
-        if (f.fd >= 0 && groups[f.group].dev == st.st_dev && groups[f.group].ino == st.st_ino) return unitOf(i);
+        if (f.fd >= 0 && identify(f.group) && groups[f.group].dev == st.st_dev && groups[f.group].ino == st.st_ino)
+            return unitOf(i);
     }
     return 0;
 }

@@ -181,6 +181,22 @@ TEST_F(Units, TwoUnitsOnOneFileSeeEachOther) {
     EXPECT_EQ(unitOpenOn(f), 0);
 }
 
+TEST_F(Units, AFileJustMadeIsKnownAsOpen) {
+    // A file made by a replace open is not looked at until another open is
+    // compared with it; it must still be found, and share its pending output.
+    std::string f = dir / "made.txt";
+    int32_t w = openUnit("O ", f);
+    EXPECT_EQ(unitOpenOn(f), w);
+    unitWriteLine(w, "abc");
+    int32_t r = openUnit("I ", f);
+    NameText line;
+    EXPECT_EQ(unitReadLine(r, line), IoStatus::ok);
+    EXPECT_EQ(line.trimmed(), "abc");
+    closeUnit(r);
+    closeUnit(w);
+    EXPECT_EQ(unitOpenOn(f), 0);
+}
+
 TEST_F(Units, ReadingLines) {
     std::string longLine(200000, 'x');
     writeFile(dir / "in.txt", "\n" + longLine + "\nlast");
