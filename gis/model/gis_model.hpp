@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "gis/model/lazy_array.hpp"
 #include "text/text.hpp"
 
 constexpr int kGisMaxLayers = 100;       // layer slots, gisID 1..100
@@ -126,9 +127,9 @@ extern Text<1000> gisLayerName[kGisMaxLayers + 1];
 extern bool gisIsOutput[kGisMaxLayers + 1];
 extern bool gisAtEnd[kGisMaxLayers + 1];
 extern int32_t gisInputIndex[kGisMaxLayers + 1];
-extern GisMifState gisMif[kGisMaxLayers + 1];
+extern LazyArray<GisMifState, kGisMaxLayers + 1> gisMif;
 extern GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];  // by ShpSet, points .. regions
-extern GisDbfState gisDbf[kGisMaxLayers + 1][kShpSetRegions + 1];  // by ShpSet, points .. regions
+extern LazyArray<LazyRow<GisDbfState, kShpSetRegions + 1>, kGisMaxLayers + 1> gisDbf;  // by ShpSet, points .. regions
 
 // ---- Shared buffers --------------------------------------------------------
 extern GisObject gisO_;
@@ -151,7 +152,7 @@ extern bool gisSaveDateCheckIsError;  // a failed save-date check holds the run 
 // Extension of the file that an input .mif/.mid pair is held against by the
 // save-date check.
 inline constexpr std::string_view kGisSaveDateExtension = ".tab";
-extern Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
+extern LazyArray<Text<1000>, kGisMaxInputLayers + 2> gisInputLayers;
 extern int32_t gisInputLayerCount;
 extern int32_t gisLogUnit;
 extern Text<1000> gisMessageLine[5];  // lines 1..4

@@ -18,9 +18,9 @@ Text<1000> gisLayerName[kGisMaxLayers + 1];
 bool gisIsOutput[kGisMaxLayers + 1] = {};
 bool gisAtEnd[kGisMaxLayers + 1] = {};
 int32_t gisInputIndex[kGisMaxLayers + 1] = {};
-GisMifState gisMif[kGisMaxLayers + 1];
+LazyArray<GisMifState, kGisMaxLayers + 1> gisMif;
 GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];
-GisDbfState gisDbf[kGisMaxLayers + 1][kShpSetRegions + 1];
+LazyArray<LazyRow<GisDbfState, kShpSetRegions + 1>, kGisMaxLayers + 1> gisDbf;
 
 // ---- Shared buffers --------------------------------------------------------
 GisObject gisO_;
@@ -48,7 +48,7 @@ Text<1000> gisShpProjection;
 bool gisProjectionCheckIsError = false;
 bool gisSaveDateCheck = false;
 bool gisSaveDateCheckIsError = false;
-Text<1000> gisInputLayers[kGisMaxInputLayers + 2];
+LazyArray<Text<1000>, kGisMaxInputLayers + 2> gisInputLayers;
 int32_t gisInputLayerCount = 0;
 int32_t gisLogUnit = 0;
 Text<1000> gisMessageLine[5];
@@ -162,11 +162,9 @@ void gisReset() {
         gisIsOutput[id] = false;
         gisAtEnd[id] = false;
         gisInputIndex[id] = 0;
-        gisMif[id] = GisMifState{};
-        for (int32_t k = 0; k <= kShpSetRegions; ++k) {
-            gisShp[id][k] = GisShpState{};
-            gisDbf[id][k] = GisDbfState{};
-        }
+        gisMif.reset(id);
+        gisDbf.reset(id);
+        for (int32_t k = 0; k <= kShpSetRegions; ++k) gisShp[id][k] = GisShpState{};
     }
     gisO_ = GisObject{};
     gisN = 0;
@@ -180,7 +178,7 @@ void gisReset() {
     gisMifProjection.clear();
     gisShpProjection.clear();
     gisProjectionCheckIsError = gisSaveDateCheck = gisSaveDateCheckIsError = false;
-    for (auto& t : gisInputLayers) t.clear();
+    gisInputLayers.resetAll();
     gisInputLayerCount = 0;
     gisLogUnit = 0;
     for (auto& t : gisMessageLine) t.clear();

@@ -74,7 +74,7 @@ void gisInitialiseLibrary(int32_t logUnit, std::string_view simulationName, std:
     }
 
     gisInputLayerCount = 0;
-    for (auto& name : gisInputLayers) name.clear();
+    gisInputLayers.resetAll();
 }
 
 void gisCloseWorkspace() {
