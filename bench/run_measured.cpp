@@ -47,13 +47,15 @@ int main(int argc, char** argv) {
         _exit(127);
     }
     int status = 0;
-    struct rusage usage{};
+    struct rusage usage {};
     if (wait4(pid, &status, 0, &usage) < 0) {
         std::perror("wait4");
         return 2;
     }
     const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6; };
+    auto seconds = [](const timeval& t) {
+        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
+    };
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     std::fprintf(stderr, "measured wall %.6f user %.6f sys %.6f s peak %ld kB status %d\n", wall,
                  seconds(usage.ru_utime), seconds(usage.ru_stime), usage.ru_maxrss, code);

@@ -258,7 +258,7 @@ bool adopt(int idx, const ModeInfo& m, int fd, bool fresh = false) {
         if (high < 0) return false;
         fd = high;
     }
-    struct stat st{};
+    struct stat st {};
     if (!fresh && (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode))) {
         ::close(fd);
         return false;

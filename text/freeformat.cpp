@@ -83,6 +83,17 @@ namespace {
 constexpr double kExact10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+// A plain decimal's value when its digits and 10^scale are both exact in R
+// (below 2^bits, at most 10^maxScale), so that one division rounds it
+// correctly. False otherwise.
+template <typename R, int bits, int maxScale>
+bool exactQuotient(uint64_t digits, int scale, bool negative, R& v) {
+    if (digits >= (uint64_t{1} << bits) || scale > maxScale) return false;
+    const R r = static_cast<R>(digits) / static_cast<R>(kExact10[scale]);
+    v = negative ? -r : r;
+    return true;
+}
+
 // A plain decimal, [-]digits[.digits], as its digits without the point, the
 // number of digits behind the point and the sign. False for anything else or
 // for more than 19 digits.
@@ -120,11 +131,8 @@ bool parseReal8(std::string_view token, double& v) {
     uint64_t digits;
     int scale;
     bool negative;
-    if (plainDecimal(token, digits, scale, negative) && digits < (uint64_t{1} << 53) && scale <= 22) {
-        const double r = static_cast<double>(digits) / kExact10[scale];
-        v = negative ? -r : r;
+    if (plainDecimal(token, digits, scale, negative) && exactQuotient<double, 53, 22>(digits, scale, negative, v))
         return true;
-    }
     // Most other tokens are numbers that from_chars takes as they stand.
     if (!token.empty() && token[0] != '+') {
         double r;
@@ -149,11 +157,8 @@ bool parseReal4(std::string_view token, float& v) {
     uint64_t digits;
     int scale;
     bool negative;
-    if (plainDecimal(token, digits, scale, negative) && digits < (uint64_t{1} << 24) && scale <= 10) {
-        const float r = static_cast<float>(digits) / static_cast<float>(kExact10[scale]);
-        v = negative ? -r : r;
+    if (plainDecimal(token, digits, scale, negative) && exactQuotient<float, 24, 10>(digits, scale, negative, v))
         return true;
-    }
     if (!token.empty() && token[0] != '+') {
         float r;
         auto res = std::from_chars(token.data(), token.data() + token.size(), r, std::chars_format::general);
@@ -313,10 +318,9 @@ bool FreeFormat::quickReal8(double& v) {
     int scale;
     bool negative;
     std::size_t end;
-    if (!quickDecimal(digits, scale, negative, end) || digits >= (uint64_t{1} << 53) || scale > 22) return false;
+    if (!quickDecimal(digits, scale, negative, end) || !exactQuotient<double, 53, 22>(digits, scale, negative, v))
+        return false;
     pos = end;
-    const double r = static_cast<double>(digits) / kExact10[scale];
-    v = negative ? -r : r;
     return true;
 }
 
@@ -325,10 +329,9 @@ bool FreeFormat::quickReal4(float& v) {
     int scale;
     bool negative;
     std::size_t end;
-    if (!quickDecimal(digits, scale, negative, end) || digits >= (uint64_t{1} << 24) || scale > 10) return false;
+    if (!quickDecimal(digits, scale, negative, end) || !exactQuotient<float, 24, 10>(digits, scale, negative, v))
+        return false;
     pos = end;
-    const float r = static_cast<float>(digits) / static_cast<float>(kExact10[scale]);
-    v = negative ? -r : r;
     return true;
 }
 

@@ -128,7 +128,7 @@ extern bool gisIsOutput[kGisMaxLayers + 1];
 extern bool gisAtEnd[kGisMaxLayers + 1];
 extern int32_t gisInputIndex[kGisMaxLayers + 1];
 extern LazyArray<GisMifState, kGisMaxLayers + 1> gisMif;
-extern GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];  // by ShpSet, points .. regions
+extern GisShpState gisShp[kGisMaxLayers + 1][kShpSetRegions + 1];                      // by ShpSet, points .. regions
 extern LazyArray<LazyRow<GisDbfState, kShpSetRegions + 1>, kGisMaxLayers + 1> gisDbf;  // by ShpSet, points .. regions
 
 // ---- Shared buffers --------------------------------------------------------
