@@ -23,7 +23,7 @@ set(REACHMAP_HEADERS_runtime
     runtime/readline.hpp runtime/savedate.hpp runtime/extract.hpp)
 set(REACHMAP_HEADERS_geometry geometry/arrays.hpp geometry/plane.hpp geometry/polygon.hpp geometry/gridline.hpp
                               geometry/interpolate.hpp geometry/hydraulics.hpp)
-set(REACHMAP_HEADERS_gis gis/gis.hpp gis/model/gis_model.hpp)
+set(REACHMAP_HEADERS_gis gis/gis.hpp gis/model/gis_model.hpp gis/model/lazy_array.hpp)
 set(REACHMAP_HEADERS_driver driver/run.hpp)
 
 install(TARGETS reachmap sdftidy RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
