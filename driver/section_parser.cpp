@@ -126,19 +126,17 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
         readLineOrStop(unit, lineNo, line, "a SURFACE LINE block");
         double x, y;
         float z;
-        if (plainSurfaceRow(line.view(), x, y, z)) {
-            if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
-            ++surfCount;
+        const bool plain = plainSurfaceRow(line.view(), x, y, z);
+        if (!plain && endsSurfaceBlock(line)) return;
+        if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
+        ++surfCount;
+        if (plain) {
             surfX[surfCount] = x;
             surfY[surfCount] = y;
             surfZ[surfCount] = z;
-            continue;
-        }
-        if (endsSurfaceBlock(line)) return;
-        if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
-        ++surfCount;
-        if (!readSurfaceRow(line.view(), surfX[surfCount], surfY[surfCount], surfZ[surfCount]))
+        } else if (!readSurfaceRow(line.view(), surfX[surfCount], surfY[surfCount], surfZ[surfCount])) {
             badRow("GetSdfSurfaceLine", line);
+        }
     }
 }
 

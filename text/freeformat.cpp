@@ -313,27 +313,20 @@ bool FreeFormat::quickDecimal(uint64_t& digits, int& scale, bool& negative, std:
     return true;
 }
 
-bool FreeFormat::quickReal8(double& v) {
+template <typename R, int bits, int maxScale>
+bool FreeFormat::quickReal(R& v) {
     uint64_t digits;
     int scale;
     bool negative;
     std::size_t end;
-    if (!quickDecimal(digits, scale, negative, end) || !exactQuotient<double, 53, 22>(digits, scale, negative, v))
+    if (!quickDecimal(digits, scale, negative, end) || !exactQuotient<R, bits, maxScale>(digits, scale, negative, v))
         return false;
     pos = end;
     return true;
 }
 
-bool FreeFormat::quickReal4(float& v) {
-    uint64_t digits;
-    int scale;
-    bool negative;
-    std::size_t end;
-    if (!quickDecimal(digits, scale, negative, end) || !exactQuotient<float, 24, 10>(digits, scale, negative, v))
-        return false;
-    pos = end;
-    return true;
-}
+bool FreeFormat::quickReal8(double& v) { return quickReal<double, 53, 22>(v); }
+bool FreeFormat::quickReal4(float& v) { return quickReal<float, 24, 10>(v); }
 
 ReadResult FreeFormat::real8(double& v) {
     if (quickReal8(v)) return ReadResult::ok;

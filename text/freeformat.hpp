@@ -50,6 +50,9 @@ private:
     // A plain decimal at the current position, read in one pass with its
     // separator; `end` is where the next value starts. False for anything else.
     bool quickDecimal(uint64_t& digits, int& scale, bool& negative, std::size_t& end) const;
+    // quickReal8 and quickReal4: R exact below 2^bits, 10^scale up to maxScale.
+    template <typename R, int bits, int maxScale>
+    bool quickReal(R& v);
 
     std::string_view s;
     std::size_t pos = 0;

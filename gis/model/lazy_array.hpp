@@ -32,7 +32,6 @@ public:
     void resetAll() {
         for (bool& m : made_) m = false;
     }
-    static constexpr std::size_t size() { return N; }
 
 private:
     static_assert(std::is_trivially_destructible_v<T>, "entries are dropped without being destroyed");
@@ -45,5 +44,4 @@ template <typename T, std::size_t N>
 struct LazyRow {
     T at[N];
     T& operator[](int32_t k) { return at[k]; }
-    const T& operator[](int32_t k) const { return at[k]; }
 };
