@@ -101,11 +101,11 @@ TEST(Fields, FixedAgreesWithToCharsEverywhere) {
         ASSERT_EQ(r.ec, std::errc());
         std::string w(want, r.ptr);
         if (d == 0) w += '.';
-        // Widths on both sides of the short-field road (8 to 32 bytes).
-        static constexpr int kWidths[] = {7, 8, 12, 16, 17, 24, 32, 40};
+        // Widths on both sides of each road of the writer (1 to 40 bytes).
+        static constexpr int kWidths[] = {1, 3, 5, 7, 8, 12, 15, 16, 17, 24, 32, 40};
         const int width = kWidths[next() % std::size(kWidths)];
         // A zero before the point goes when that alone makes the text fit.
-        if (d > 0 && w.size() == static_cast<std::size_t>(width) + 1) {
+        if (w.size() == static_cast<std::size_t>(width) + 1) {
             if (w.starts_with("0.")) w.erase(0, 1);
             else if (w.starts_with("-0.")) w.erase(1, 1);
         }
