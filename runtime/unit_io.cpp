@@ -11,6 +11,7 @@
 #include "runtime/internal.hpp"
 #include "runtime/paths.hpp"
 #include "runtime/unit_engine.hpp"
+#include "text/text.hpp"
 
 using namespace engine;
 
@@ -84,7 +85,7 @@ IoStatus unitWriteLine(int32_t unit, std::string_view s) {
     // The usual case: line and line end fit the buffer of a unit writing alone.
     if (f.dirty && !f.failed && groups[f.group].refs == 1 && s.size() + 2 <= kBufCap - f.bufLen) {
         char* d = buffers[idx] + f.bufLen;
-        if (!s.empty()) std::memcpy(d, s.data(), s.size());
+        copyBytes(d, s.data(), s.size());
         d[s.size()] = '\r';
         d[s.size() + 1] = '\n';
         f.bufLen += s.size() + 2;

@@ -18,7 +18,7 @@ struct LineBuf {
 
     LineBuf& operator<<(std::string_view s) {
         const std::size_t k = s.size() < N - n ? s.size() : N - n;
-        if (k > 0) std::memcpy(b + n, s.data(), k);
+        copyBytes(b + n, s.data(), k);
         n += k;
         return *this;
     }

@@ -9,7 +9,7 @@ void TextRef::clear() const {
 
 void TextRef::assign(std::string_view s) const {
     int n = static_cast<int>(std::min<std::size_t>(s.size(), static_cast<std::size_t>(cap)));
-    if (n > 0) std::memmove(data, s.data(), static_cast<std::size_t>(n));
+    copyBytes(data, s.data(), static_cast<std::size_t>(n));
     if (*hi > n) std::memset(data + n, ' ', static_cast<std::size_t>(*hi - n));
     while (n > 0 && data[n - 1] == ' ') --n;
     *hi = n;
