@@ -14,6 +14,21 @@ namespace {
 
 constexpr std::string_view kObjectWriteFailed = "ERROR 0439 - Writing .mif file object coordinates.";
 
+// The point lines of the last run of points written, by coordinates. The
+// converter writes a section's surface line and then each of its points as a
+// point object: those reuse the text instead of formatting it again. Equal
+// bits give equal text, so a stale entry can never give a wrong line.
+struct PairMemo {
+    double x, y;
+    char text[32];
+};
+constexpr int kMemoCap = 4096;
+PairMemo memo[kMemoCap];
+int memoCount = 0;
+int memoNext = 0;
+
+bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
 // Writes the lines of one object and remembers whether any write failed.
 struct MifOut {
     int32_t unit;
@@ -30,15 +45,22 @@ struct MifOut {
         char* e = putCount(b + k, n);
         line({b, static_cast<std::size_t>(e - b)});
     }
-    // One point line: x and y of point i.
-    void point(int32_t i) {
-        char b[32];
-        putFixed(b, 16, 6, gisX[i]);
-        putFixed(b + 16, 16, 6, gisY[i]);
-        line({b, 32});
-    }
+    // The point lines of points first to first + count - 1, remembered.
     void points(int32_t first, int32_t count) {
-        for (int32_t i = first; i < first + count; ++i) point(i);
+        memoCount = 0;
+        memoNext = 0;
+        for (int32_t i = first; i < first + count; ++i) {
+            char b[32];
+            putFixed(b, 16, 6, gisX[i]);
+            putFixed(b + 16, 16, 6, gisY[i]);
+            line({b, 32});
+            if (memoCount < kMemoCap) {
+                PairMemo& m = memo[memoCount++];
+                m.x = gisX[i];
+                m.y = gisY[i];
+                std::memcpy(m.text, b, 32);
+            }
+        }
     }
 };
 
@@ -84,8 +106,12 @@ void mifWriteObject(int32_t gisID, const GisObject& o) {
     char b[80];
     if (o.isPoint) {
         std::memcpy(b, "Point ", 6);
-        putFixed(b + 6, 16, 6, gisX[1]);
-        putFixed(b + 22, 16, 6, gisY[1]);
+        if (memoNext < memoCount && sameBits(memo[memoNext].x, gisX[1]) && sameBits(memo[memoNext].y, gisY[1])) {
+            std::memcpy(b + 6, memo[memoNext++].text, 32);
+        } else {
+            putFixed(b + 6, 16, 6, gisX[1]);
+            putFixed(b + 22, 16, 6, gisY[1]);
+        }
         out.line({b, 38});
     } else if (o.isMultiPoint) {
         out.counted("MultiPoint ", gisN);
