@@ -28,6 +28,25 @@ double leveeX[kSdfMaxLevees + 1];
 double leveeY[kSdfMaxLevees + 1];
 Text<1000> csvName;
 
+// Manning's n stays the same over long runs of points: its field is made
+// once per value and copied after, for the .csv rows and for the records.
+template <int Width, int Decimals>
+struct RepeatedField {
+    float value = 0.0f;
+    bool made = false;
+    char text[static_cast<std::size_t>(Width)];
+
+    const char* of(float v) {
+        if (!made || std::memcmp(&v, &value, sizeof v) != 0) {
+            putFixed(text, Width, Decimals, v);
+            value = v;
+            made = true;
+        }
+        return text;
+    }
+    std::string_view view(float v) { return {of(v), static_cast<std::size_t>(Width)}; }
+};
+
 // A record line is built here and then copied into gisRecordLine, which
 // cuts it at its capacity.
 using Line = LineBuf<4096>;
@@ -72,6 +91,7 @@ void placeAndTrim(const SectionRecord& rec) {
 }
 
 void writeCsv(const SectionRecord& rec) {
+    static RepeatedField<8, 4> csvN;
     int32_t unit = 0;
     OPENERFREE(unit, "O ", csvName, 0);
     unitWriteLine(unit, rec.hasNValues ? "\"X\",\"Z\",\"N\"" : "\"X\",\"Z\"");
@@ -83,7 +103,8 @@ void writeCsv(const SectionRecord& rec) {
         p = putFixed(p, 12, 4, rec.surfZ[i]);
         if (rec.hasNValues) {
             *p++ = ',';
-            p = putFixed(p, 8, 4, pointN[i]);
+            std::memcpy(p, csvN.of(pointN[i]), 8);
+            p += 8;
         }
         unitWriteLine(unit, {row, static_cast<std::size_t>(p - row)});
     }
@@ -130,6 +151,8 @@ void writeSurfaceLine(const SectionRecord& rec, int32_t id) {
 // Every point kept, with its elevation and Manning's n; the ids stand in
 // front of every record of the section.
 void writeSurfacePoints(const SectionRecord& rec, const Line& ids, int32_t id) {
+    constexpr NumberLayout kN = layer::numberLayout(layer::surfPts, "Mannings");
+    static RepeatedField<kN.width, kN.decimals> mannings;
     gisO_.isPoint = true;
     gisN = 1;
     for (int32_t i = 1; i <= rec.surfCount; ++i) {
@@ -139,7 +162,7 @@ void writeSurfacePoints(const SectionRecord& rec, const Line& ids, int32_t id) {
         p << ",";
         fixed(p, layer::numberLayout(layer::surfPts, "Elevation"), rec.surfZ[i]);
         p << ",";
-        fixed(p, layer::numberLayout(layer::surfPts, "Mannings"), pointN[i]);
+        p << mannings.view(pointN[i]);
         gisX[1] = rec.surfX[i];
         gisY[1] = rec.surfY[i];
         writeTo(id, p);
