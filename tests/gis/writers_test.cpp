@@ -1,5 +1,6 @@
 // The writers: whole MIF/MID, SHP/SHX and DBF files worked out by hand, the
 // rewrite over an older file, and the exact message of each stop.
+#include <cstdio>
 #include <functional>
 
 #include "gis_test_util.hpp"
@@ -110,6 +111,30 @@ TEST_F(Writers, MifHeaderAndEveryObjectKind) {
         gisCloseLayer(id);
         EXPECT_EQ(file("t.mif"), header + c.lines);
     }
+}
+
+// Points written after a polyline, as the converter writes a section's line
+// and then its points: those at the line's coordinates, in order or not, and
+// those elsewhere (one differs from a line point in its sign only) each give
+// their own point line.
+TEST_F(Writers, MifPointsAfterAPolylineAtAndOffItsCoordinates) {
+    const Points line = {{1.25, 2.5}, {0.0, 3.0}, {4.0, 5.0}};
+    const Points points = {{1.25, 2.5}, {-0.0, 3.0}, {4.0, 5.0}, {4.0, 5.0}, {1.25, 2.5}, {7.0, 8.0}};
+    int32_t id = mifLayer();
+    writeObject(id, &GisObject::isPline, line, "a");
+    std::string want = "Pline 3\r\n" + xy("1.250000", "2.500000") + "\r\n" + xy("0.000000", "3.000000") + "\r\n" +
+                       xy("4.000000", "5.000000") + "\r\n";
+    for (const auto& pt : points) {
+        writeObject(id, &GisObject::isPoint, {pt}, "p");
+        char x[32];
+        std::snprintf(x, sizeof x, "%.6f", pt.first);
+        char y[32];
+        std::snprintf(y, sizeof y, "%.6f", pt.second);
+        want += "Point " + xy(x, y) + "\r\n";
+    }
+    gisCloseLayer(id);
+    const std::string mif = file("t.mif");
+    EXPECT_EQ(mif.substr(mif.find("Pline")), want);
 }
 
 TEST_F(Writers, MifRecordLinesGoToMid) {
