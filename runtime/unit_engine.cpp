@@ -123,7 +123,7 @@ IoStatus writeRaw(int idx, const void* data, std::size_t n) {
     if (!f.dirty) startOutput(idx);
     if (n == 0) return IoStatus::ok;
     if (n <= kBufCap - f.bufLen) {
-        std::memcpy(buffers[idx] + f.bufLen, data, n);
+        copyBytes(buffers[idx] + f.bufLen, static_cast<const char*>(data), n);
         f.bufLen += n;
         f.bufPos = f.bufLen;
         return IoStatus::ok;

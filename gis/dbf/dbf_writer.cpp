@@ -139,7 +139,11 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
         skipBlanks();
         // A doubled quote, or a value led by blanks alone: the full rules.
         if (p < e && *p != ',') return splitLineFully(line, table, count);
-        table.slot[i].ref().assign(value);
+        // The ids of a section stand in every record: a slot that already
+        // holds the value (and blanks behind it) is left as it is.
+        Text<kSlotCap>& slot = table.slot[i];
+        if (static_cast<std::size_t>(slot.hi) != value.size() || std::memcmp(slot.b, value.data(), value.size()) != 0)
+            slot.ref().assign(value);
         if (p < e) ++p;  // the comma
     }
 }
