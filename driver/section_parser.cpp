@@ -123,10 +123,20 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
                        TextRef line) {
     surfCount = 0;
     for (;;) {
-        readLineOrStop(unit, lineNo, line, "a SURFACE LINE block");
         double x, y;
         float z;
-        const bool plain = plainSurfaceRow(line.view(), x, y, z);
+        bool plain;
+        std::string_view row;
+        if (unitTakeBufferedLine(unit, static_cast<std::size_t>(line.capacity()), row)) {
+            // The usual row is read where it lies in the read buffer; only a
+            // row that needs more than that is copied into the line.
+            ++lineNo;
+            plain = plainSurfaceRow(trimmed(row), x, y, z);
+            if (!plain) line.assign(row);
+        } else {
+            readLineOrStop(unit, lineNo, line, "a SURFACE LINE block");
+            plain = plainSurfaceRow(line.view(), x, y, z);
+        }
         if (!plain && endsSurfaceBlock(line)) return;
         if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
         ++surfCount;

@@ -36,6 +36,25 @@ int32_t unitOpenOn(std::string_view name, bool& exists) {
 
 bool unitIsOpen(int32_t unit) { return indexOf(unit) >= 0; }
 
+bool unitTakeBufferedLine(int32_t unit, std::size_t maxLength, std::string_view& line) {
+    int idx = indexOf(unit);
+    if (idx < 0) return false;
+    UnitFile& f = files[idx];
+    // A unit with output pending goes the whole way through unitReadLine.
+    if (f.dirty || startInput(idx) != IoStatus::ok || f.bufPos >= f.bufLen) return false;
+    const char* p = buffers[idx] + f.bufPos;
+    const char* nl = static_cast<const char*>(std::memchr(p, '\n', f.bufLen - f.bufPos));
+    if (nl == nullptr) return false;
+    std::size_t k = static_cast<std::size_t>(nl - p);
+    const std::size_t next = f.bufPos + k + 1;
+    if (k > 0 && p[k - 1] == '\r') --k;
+    if (k > maxLength) return false;
+    f.lastRecord = positionOf(f);
+    f.bufPos = next;
+    line = {p, k};
+    return true;
+}
+
 IoStatus unitReadLine(int32_t unit, TextRef line) {
     int idx = indexOf(unit);
     if (idx < 0) return IoStatus::error;

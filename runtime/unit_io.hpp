@@ -24,7 +24,12 @@ int32_t unitOpenOn(std::string_view name, bool& exists);
 bool unitIsOpen(int32_t unit);
 
 // Formatted text.
-IoStatus unitReadLine(int32_t unit, TextRef line);         // one record, cut to capacity
+IoStatus unitReadLine(int32_t unit, TextRef line);  // one record, cut to capacity
+// The next line when the read buffer already holds all of it, without its
+// line end and no longer than maxLength: taken as unitReadLine would take it,
+// but only viewed in the buffer (valid until the unit is next used). False,
+// with nothing taken, otherwise: then read with unitReadLine.
+bool unitTakeBufferedLine(int32_t unit, std::size_t maxLength, std::string_view& line);
 IoStatus unitWriteLine(int32_t unit, std::string_view s);  // s and CR LF
 IoStatus unitWriteText(int32_t unit, std::string_view s);  // s alone, no line end
 bool unitAtEnd(int32_t unit);                              // nothing left to read

@@ -219,6 +219,34 @@ TEST_F(Units, ReadingLines) {
     EXPECT_EQ(unitReadLine(4242, line), IoStatus::error);
 }
 
+// A line taken where it lies in the read buffer is taken as unitReadLine
+// takes it; one that is longer than asked for, or not yet all in the buffer,
+// is left for unitReadLine.
+TEST_F(Units, TakingLinesFromTheReadBuffer) {
+    const std::string b(100, 'b'), c(70000, 'c');  // c runs past the first buffer
+    writeFile(dir / "in.txt", "a\r\n" + b + "\n" + c + "\ntail \r\n");
+    int32_t u = openUnit("I ", dir / "in.txt");
+    NameText line;
+    std::string_view v;
+    EXPECT_FALSE(unitTakeBufferedLine(u, 1000, v));  // nothing read yet
+    EXPECT_EQ(unitReadLine(u, line), IoStatus::ok);
+    EXPECT_EQ(line.trimmed(), "a");
+    EXPECT_FALSE(unitTakeBufferedLine(u, 99, v));  // longer than asked for: not taken
+    ASSERT_TRUE(unitTakeBufferedLine(u, 100, v));
+    EXPECT_EQ(v, b);
+    EXPECT_EQ(unitBackspace(u), IoStatus::ok);  // back to the start of the line taken
+    EXPECT_EQ(unitReadLine(u, line), IoStatus::ok);
+    EXPECT_EQ(line.trimmed(), b);
+    EXPECT_FALSE(unitTakeBufferedLine(u, 100000, v));  // its end is not in the buffer
+    EXPECT_EQ(unitReadLine(u, line), IoStatus::ok);
+    EXPECT_EQ(line.trimmed(), c.substr(0, 1000));
+    ASSERT_TRUE(unitTakeBufferedLine(u, 1000, v));
+    EXPECT_EQ(v, "tail ");  // the CR goes, a blank stays
+    EXPECT_FALSE(unitTakeBufferedLine(u, 1000, v));
+    EXPECT_EQ(unitReadLine(u, line), IoStatus::end);
+    EXPECT_FALSE(unitTakeBufferedLine(4242, 1000, v));
+}
+
 TEST_F(Units, WriteFailureComesBack) {
     // /dev/full takes the open and refuses every byte: the failure shows at
     // the latest when the buffer goes out.
