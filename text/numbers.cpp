@@ -148,15 +148,20 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
 }
 
 // Eight decimal digits of v (below 10^8), leading zeros kept, as eight ASCII
-// bytes in memory order: all eight worked out at once in the lanes of one
-// 64-bit word (4 + 4, then 2 + 2, then 1 + 1), with no division.
+// bytes in memory order: split 4 + 4 and then 2 + 2 by multiplications, each
+// pair looked up, so no step waits on more than two before it.
+uint64_t digitPair(uint32_t x) {
+    uint16_t p;
+    std::memcpy(&p, kPairs + 2 * x, 2);
+    return p;
+}
+
+// The last four of them when v is below 10^4, in the high half of the word.
+uint64_t lastFourDigits(uint32_t v) { return (digitPair(v / 100) << 32) | (digitPair(v % 100) << 48); }
+
 uint64_t eightDigits(uint32_t v) {
-    const uint64_t x = v;
-    const uint64_t four = (x / 10000) | ((x % 10000) << 32);
-    const uint64_t hi2 = ((four * 5243) >> 19) & 0x0000007F0000007Full;  // lane / 100
-    const uint64_t two = hi2 | ((four - hi2 * 100) << 16);
-    const uint64_t hi1 = ((two * 103) >> 10) & 0x000F000F000F000Full;  // lane / 10
-    return (hi1 | ((two - hi1 * 10) << 8)) | 0x3030303030303030ull;
+    const uint32_t high = v / 10000;
+    return digitPair(high / 100) | (digitPair(high % 100) << 16) | lastFourDigits(v % 10000);
 }
 
 // Eight bytes taken from two words laid one after the other in memory,
@@ -170,41 +175,44 @@ uint64_t window(uint64_t first, uint64_t second, int at) {
 void store8(char* p, uint64_t w) { std::memcpy(p, &w, 8); }
 
 // The usual field: at most 7 decimals, a magnitude below 10^8, a width of at
-// most 40 that the text fits. The whole part is exact in an integer and the
-// part behind the point exact in a double, so only the decimals are rounded:
-// once, in one product, taken when it lies clearly off a tie (as the quick
-// road of scaledFixed). Both parts are made eight digits at a time, the last
-// 16 bytes of the field put together in two words and stored. False, with
-// nothing written, for any other field.
-bool shortFixed(char* out, int width, int decimals, double value) {
+// most 40 that the text fits. The scaled value |value| * 10^decimals is
+// rounded once, as on the quick road of scaledFixed, and taken when it lies
+// clearly off a tie; adding 2^52 leaves it as the low bits of the sum. The
+// whole part and the decimals are made eight digits at a time, the last 16
+// bytes of the field put together in two words and stored. One instance per
+// count of decimals, so every shift, mask and divisor is a constant. False,
+// with nothing written, for any other field.
+template <int Decimals>
+bool shortFixed(char* out, int width, double value) {
     constexpr uint64_t kBlanks = 0x2020202020202020ull;
     constexpr uint64_t kZeros = 0x3030303030303030ull;
+    constexpr double kTwo52 = 4503599627370496.0;
+    constexpr uint32_t kScale = static_cast<uint32_t>(kPow10[Decimals]);
     const double a = std::fabs(value);
-    if (decimals > 7 || width > 40 || !(a < 1e8)) return false;
-    uint32_t whole = static_cast<uint32_t>(a);
-    const double t = (a - whole) * static_cast<double>(kPow10[decimals]);  // below 10^7
-    const double r = (t + 4503599627370496.0) - 4503599627370496.0;        // to nearest, ties to even
-    if (!(std::fabs(t - r) < 0.5 - t * 2.3e-16)) return false;
-    uint32_t frac = static_cast<uint32_t>(r);
-    if (frac == kPow10[decimals]) {
-        frac = 0;
-        if (++whole == 100000000) return false;
-    }
+    if (width > 40 || !(a < 1e8)) return false;
+    const double t = a * static_cast<double>(kScale);  // below 10^15
+    const double biased = t + kTwo52;                  // to nearest, ties to even
+    if (!(std::fabs(t - (biased - kTwo52)) < 0.5 - t * 2.3e-16)) return false;
+    const uint64_t scaled = std::bit_cast<uint64_t>(biased) - std::bit_cast<uint64_t>(kTwo52);
+    const auto whole = static_cast<uint32_t>(scaled / kScale);
+    if (whole >= 100000000) return false;
     uint64_t hi = eightDigits(whole);
-    const uint64_t lo = eightDigits(frac);
+    // The decimals: only the last Decimals bytes of this word are used.
+    const auto part = static_cast<uint32_t>(scaled - uint64_t{whole} * kScale);
+    const uint64_t lo = Decimals <= 4 ? lastFourDigits(part) : eightDigits(part);
     const int zeros = hi == kZeros ? 7 : std::countr_zero(hi ^ kZeros) / 8;  // one digit stays
     const int intDigits = 8 - zeros;
     const bool negative = std::signbit(value);
-    if ((negative ? 1 : 0) + intDigits + 1 + decimals > width) return false;
+    if ((negative ? 1 : 0) + intDigits + 1 + Decimals > width) return false;
     if (zeros > 0) hi -= 0x1010101010101010ull >> (8 * (8 - zeros));  // '0' - 0x10 is ' '
-    // The last word: decimals, point, and the last 7 - decimals whole digits;
-    // the word before it: blanks and the first decimals + 1 whole digits.
-    const int pointAt = 7 - decimals;
-    const uint64_t fracMask = decimals == 0 ? 0 : ~uint64_t{0} << (8 * pointAt + 8);
-    const uint64_t leftMask = (uint64_t{1} << (8 * pointAt)) - 1;
-    const uint64_t wholeTail = decimals == 7 ? 0 : (hi >> (8 * decimals + 8)) & leftMask;
-    const uint64_t w2 = (lo & fracMask) | (uint64_t{'.'} << (8 * pointAt)) | wholeTail;
-    const uint64_t w1 = (hi << (8 * pointAt)) | (kBlanks & leftMask);
+    // The last word: decimals, point, and the last 7 - Decimals whole digits;
+    // the word before it: blanks and the first Decimals + 1 whole digits.
+    constexpr int kPointAt = 7 - Decimals;
+    constexpr uint64_t kLeftMask = (uint64_t{1} << (8 * kPointAt)) - 1;
+    uint64_t w2 = uint64_t{'.'} << (8 * kPointAt);
+    if constexpr (Decimals > 0) w2 |= lo & (~uint64_t{0} << (8 * kPointAt + 8));
+    if constexpr (Decimals < 7) w2 |= (hi >> (8 * Decimals + 8)) & kLeftMask;
+    const uint64_t w1 = (hi << (8 * kPointAt)) | (kBlanks & kLeftMask);
     if (width >= 16) {
         for (int i = 0; i < width - 16; i += 8) store8(out + i, kBlanks);
         store8(out + width - 16, w1);
@@ -214,8 +222,22 @@ bool shortFixed(char* out, int width, int decimals, double value) {
         for (int k = 0; k < width; ++k) out[k] = static_cast<char>(w2 >> (8 * (8 - width + k)));
     }
     if (width >= 8) store8(out + width - 8, w2);
-    if (negative) out[width - 2 - decimals - intDigits] = '-';
+    if (negative) out[width - 2 - Decimals - intDigits] = '-';
     return true;
+}
+
+bool shortFixed(char* out, int width, int decimals, double value) {
+    switch (decimals) {
+        case 0: return shortFixed<0>(out, width, value);
+        case 1: return shortFixed<1>(out, width, value);
+        case 2: return shortFixed<2>(out, width, value);
+        case 3: return shortFixed<3>(out, width, value);
+        case 4: return shortFixed<4>(out, width, value);
+        case 5: return shortFixed<5>(out, width, value);
+        case 6: return shortFixed<6>(out, width, value);
+        case 7: return shortFixed<7>(out, width, value);
+        default: return false;
+    }
 }
 
 }  // namespace
