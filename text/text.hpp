@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -85,6 +86,25 @@ inline void copyBytes(char* d, const char* s, std::size_t n) {
         d[n / 2] = b;
         d[n - 1] = c;
     }
+}
+
+// Whether n bytes at a and b are the same: runs of up to 16 bytes, the usual
+// field, compared in two overlapping words, longer ones through memcmp.
+inline bool sameBytes(const char* a, const char* b, std::size_t n) {
+    if (n > 16) return std::memcmp(a, b, n) == 0;
+    uint64_t x0 = 0, x1 = 0, y0 = 0, y1 = 0;
+    if (n >= 8) {
+        std::memcpy(&x0, a, 8);
+        std::memcpy(&x1, a + n - 8, 8);
+        std::memcpy(&y0, b, 8);
+        std::memcpy(&y1, b + n - 8, 8);
+    } else {
+        for (std::size_t i = 0; i < n; ++i) {
+            x0 |= uint64_t{static_cast<unsigned char>(a[i])} << (8 * i);
+            y0 |= uint64_t{static_cast<unsigned char>(b[i])} << (8 * i);
+        }
+    }
+    return ((x0 ^ y0) | (x1 ^ y1)) == 0;
 }
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop

@@ -142,7 +142,7 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
         // The ids of a section stand in every record: a slot that already
         // holds the value (and blanks behind it) is left as it is.
         Text<kSlotCap>& slot = table.slot[i];
-        if (static_cast<std::size_t>(slot.hi) != value.size() || std::memcmp(slot.b, value.data(), value.size()) != 0)
+        if (static_cast<std::size_t>(slot.hi) != value.size() || !sameBytes(slot.b, value.data(), value.size()))
             slot.ref().assign(value);
         if (p < e) ++p;  // the comma
     }
