@@ -34,52 +34,44 @@ inline int trimmedLength(std::string_view s) {
 // The view without its trailing blanks.
 inline std::string_view trimmed(std::string_view s) { return s.substr(0, static_cast<std::size_t>(trimmedLength(s))); }
 
-// Copies n bytes from s to d. Runs of up to 64 bytes, the usual line or
-// field, are moved with fixed-size loads and stores that compile inline (all
-// loads before the stores, so the two may overlap); longer ones go through
-// memmove. A library call per short copy costs more than the copy.
-// g++ 12 takes the branches for sizes a caller's array cannot have as
-// overruns of that array; the diagnostics are switched off for this routine.
+// g++ 12 takes the branches of the short copies below for sizes that a
+// caller's array cannot have as overruns of that array; the diagnostics are
+// switched off for these routines.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Warray-bounds"
 #pragma GCC diagnostic ignored "-Wstringop-overflow"
 #pragma GCC diagnostic ignored "-Wstringop-overread"
 #endif
-inline void copyBytes(char* d, const char* s, std::size_t n) {
-    struct B16 {
-        char b[16];
+// The first and the last K bytes of n (K <= n <= 2K), all loaded before any
+// is stored.
+template <std::size_t K>
+inline void copyEnds(char* d, const char* s, std::size_t n) {
+    struct Block {
+        char b[K];
     };
+    Block head, tail;
+    std::memcpy(&head, s, K);
+    std::memcpy(&tail, s + n - K, K);
+    std::memcpy(d, &head, K);
+    std::memcpy(d + n - K, &tail, K);
+}
+
+// Copies n bytes from s to d. Runs of up to 64 bytes, the usual line or
+// field, are moved with fixed-size loads and stores that compile inline (all
+// loads before the stores, so the two may overlap); longer ones go through
+// memmove. A library call per short copy costs more than the copy.
+inline void copyBytes(char* d, const char* s, std::size_t n) {
     if (n > 64) {
         std::memmove(d, s, n);
     } else if (n > 32) {
-        B16 a, b, c, e;
-        std::memcpy(&a, s, 16);
-        std::memcpy(&b, s + 16, 16);
-        std::memcpy(&c, s + n - 32, 16);
-        std::memcpy(&e, s + n - 16, 16);
-        std::memcpy(d, &a, 16);
-        std::memcpy(d + 16, &b, 16);
-        std::memcpy(d + n - 32, &c, 16);
-        std::memcpy(d + n - 16, &e, 16);
+        copyEnds<32>(d, s, n);
     } else if (n > 16) {
-        B16 a, b;
-        std::memcpy(&a, s, 16);
-        std::memcpy(&b, s + n - 16, 16);
-        std::memcpy(d, &a, 16);
-        std::memcpy(d + n - 16, &b, 16);
+        copyEnds<16>(d, s, n);
     } else if (n >= 8) {
-        char a[8], b[8];
-        std::memcpy(a, s, 8);
-        std::memcpy(b, s + n - 8, 8);
-        std::memcpy(d, a, 8);
-        std::memcpy(d + n - 8, b, 8);
+        copyEnds<8>(d, s, n);
     } else if (n >= 4) {
-        char a[4], b[4];
-        std::memcpy(a, s, 4);
-        std::memcpy(b, s + n - 4, 4);
-        std::memcpy(d, a, 4);
-        std::memcpy(d + n - 4, b, 4);
+        copyEnds<4>(d, s, n);
     } else if (n > 0) {
         const char a = s[0], b = s[n / 2], c = s[n - 1];
         d[0] = a;

@@ -1,6 +1,7 @@
 // Comparison, flags, cleaning, substrings and number counting of the text toolkit.
 #include <gtest/gtest.h>
 
+#include <string>
 #include <tuple>
 
 #include "text/strings.hpp"
@@ -15,6 +16,33 @@ TEST(TextModel, CapacityPaddingAndTrailingTab) {
     EXPECT_FALSE(t.ref().append("1234"));  // cut at the capacity
     EXPECT_EQ(t.full(), "xy123");
     EXPECT_EQ(Text<6>("a\t ").len(), 2);  // a trailing tab is text, not padding
+}
+
+// The short copies and comparisons, at every length each road takes and a
+// little past it: a copy moves exactly n bytes, also onto an overlapping
+// range either way, and a comparison sees a difference at any position.
+TEST(TextModel, ShortCopiesAndComparisons) {
+    std::string src(100, ' ');
+    for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<char>('!' + i % 90);
+    for (std::size_t n = 0; n <= 80; ++n) {
+        std::string dst(100, '#');
+        copyBytes(dst.data() + 5, src.data(), n);
+        EXPECT_EQ(dst, std::string(5, '#') + src.substr(0, n) + std::string(95 - n, '#')) << n;
+        for (int shift : {-3, 3}) {
+            std::string both = src;
+            copyBytes(both.data() + 10 + shift, both.data() + 10, n);
+            std::string want = src;
+            want.replace(static_cast<std::size_t>(10 + shift), n, src.substr(10, n));
+            EXPECT_EQ(both, want) << n << " shifted by " << shift;
+        }
+        std::string other = src;
+        EXPECT_TRUE(sameBytes(src.data(), other.data(), n)) << n;
+        for (std::size_t at = 0; at < n; ++at) {
+            other[at] = '~';
+            EXPECT_FALSE(sameBytes(src.data(), other.data(), n)) << n << " at " << at;
+            other[at] = src[at];
+        }
+    }
 }
 
 TEST(Asame, NormalForms) {
