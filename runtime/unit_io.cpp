@@ -36,12 +36,12 @@ int32_t unitOpenOn(std::string_view name, bool& exists) {
 
 bool unitIsOpen(int32_t unit) { return indexOf(unit) >= 0; }
 
-bool unitTakeBufferedLine(int32_t unit, std::size_t maxLength, std::string_view& line) {
-    int idx = indexOf(unit);
-    if (idx < 0) return false;
+namespace {
+
+// The next line of input unit idx when its read buffer holds all of it and
+// it is no longer than maxLength: taken, and viewed without its line end.
+bool takeWholeLine(int idx, std::size_t maxLength, std::string_view& line) {
     UnitFile& f = files[idx];
-    // A unit with output pending goes the whole way through unitReadLine.
-    if (f.dirty || startInput(idx) != IoStatus::ok || f.bufPos >= f.bufLen) return false;
     const char* p = buffers[idx] + f.bufPos;
     const char* nl = static_cast<const char*>(std::memchr(p, '\n', f.bufLen - f.bufPos));
     if (nl == nullptr) return false;
@@ -53,6 +53,17 @@ bool unitTakeBufferedLine(int32_t unit, std::size_t maxLength, std::string_view&
     f.bufPos = next;
     line = {p, k};
     return true;
+}
+
+}  // namespace
+
+bool unitTakeBufferedLine(int32_t unit, std::size_t maxLength, std::string_view& line) {
+    int idx = indexOf(unit);
+    if (idx < 0) return false;
+    UnitFile& f = files[idx];
+    // A unit with output pending goes the whole way through unitReadLine.
+    if (f.dirty || startInput(idx) != IoStatus::ok || f.bufPos >= f.bufLen) return false;
+    return takeWholeLine(idx, maxLength, line);
 }
 
 IoStatus unitReadLine(int32_t unit, TextRef line) {
@@ -70,18 +81,9 @@ IoStatus unitReadLine(int32_t unit, TextRef line) {
         }
     }
     // The usual case: the whole line is in the buffer.
-    {
-        const char* p = b + f.bufPos;
-        std::size_t avail = f.bufLen - f.bufPos;
-        const char* nl = static_cast<const char*>(std::memchr(p, '\n', avail));
-        if (nl != nullptr) {
-            std::size_t k = static_cast<std::size_t>(nl - p);
-            f.bufPos += k + 1;
-            if (k > 0 && p[k - 1] == '\r') --k;
-            line.assign(std::string_view(p, k));
-            f.lastRecord = start;
-            return IoStatus::ok;
-        }
+    if (std::string_view whole; takeWholeLine(idx, f.bufLen, whole)) {
+        line.assign(whole);
+        return IoStatus::ok;
     }
     // A line that runs on past the buffer, or the last line with no line end.
     LineGatherer g(line);

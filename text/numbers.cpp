@@ -147,18 +147,19 @@ char* fixedFromScaled(char* out, int width, int decimals, bool negative, uint64_
     return out + width;
 }
 
-// Eight decimal digits of v (below 10^8), leading zeros kept, as eight ASCII
-// bytes in memory order: split 4 + 4 and then 2 + 2 by multiplications, each
-// pair looked up, so no step waits on more than two before it.
+// The two ASCII digits of x (below 100), in memory order.
 uint64_t digitPair(uint32_t x) {
     uint16_t p;
     std::memcpy(&p, kPairs + 2 * x, 2);
     return p;
 }
 
-// The last four of them when v is below 10^4, in the high half of the word.
+// The last four bytes of eightDigits(v) for v below 10^4, the first four zero.
 uint64_t lastFourDigits(uint32_t v) { return (digitPair(v / 100) << 32) | (digitPair(v % 100) << 48); }
 
+// Eight decimal digits of v (below 10^8), leading zeros kept, as eight ASCII
+// bytes in memory order: split 4 + 4 and then 2 + 2 by multiplications, each
+// pair looked up, so no step waits on more than two before it.
 uint64_t eightDigits(uint32_t v) {
     const uint32_t high = v / 10000;
     return digitPair(high / 100) | (digitPair(high % 100) << 16) | lastFourDigits(v % 10000);
@@ -178,10 +179,9 @@ void store8(char* p, uint64_t w) { std::memcpy(p, &w, 8); }
 // most 40 that the text fits. The scaled value |value| * 10^decimals is
 // rounded once, as on the quick road of scaledFixed, and taken when it lies
 // clearly off a tie; adding 2^52 leaves it as the low bits of the sum. The
-// whole part and the decimals are made eight digits at a time, the last 16
-// bytes of the field put together in two words and stored. One instance per
-// count of decimals, so every shift, mask and divisor is a constant. False,
-// with nothing written, for any other field.
+// whole part and the decimals are made by digit pairs, the last 16 bytes of the field put together in two words and
+// stored. One instance per count of decimals, so every shift, mask and divisor is a constant. False, with nothing
+// written, for any other field.
 template <int Decimals>
 bool shortFixed(char* out, int width, double value) {
     constexpr uint64_t kBlanks = 0x2020202020202020ull;
