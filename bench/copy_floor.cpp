@@ -1,12 +1,16 @@
 // The I/O floor of a conversion: the least work any program must do to read
 // the input once and leave the same output bytes on disk.
 //
-//     copy_floor INPUT REFERENCE_DIR DEST_DIR
+//     copy_floor [--take] INPUT REFERENCE_DIR DEST_DIR
 //
 // First, untimed, it loads every regular file of REFERENCE_DIR (the output
 // of one conversion) into memory. Then, timed, it reads INPUT once with
 // 1 MiB reads and writes each loaded file into DEST_DIR (open with
 // O_CREAT | O_TRUNC | O_WRONLY, 1 MiB writes, close), in name order. It
+// --take deletes each reference file once it is loaded, before the timed
+// part: the files the floor writes then find memory as the converter's run
+// found it, freed by the run before, and not taken afresh from a machine
+// that backs fresh memory slowly (a virtual machine's host does). It
 // prints the timed part's wall, user and system time on standard error, so a
 // timer of the whole process can tell the preload apart:
 //
@@ -40,23 +44,27 @@ struct File {
     std::exit(1);
 }
 
-std::vector<File> preload(const std::filesystem::path& dir) {
+std::vector<File> preload(const std::filesystem::path& dir, bool take) {
+    // The names first: files are deleted on the way with --take.
+    std::vector<std::filesystem::path> names;
+    for (const auto& e : std::filesystem::directory_iterator(dir))
+        if (e.is_regular_file()) names.push_back(e.path());
     std::vector<File> files;
-    for (const auto& e : std::filesystem::directory_iterator(dir)) {
-        if (!e.is_regular_file()) continue;
-        File f{e.path().filename().string(), {}};
-        f.bytes.resize(static_cast<size_t>(e.file_size()));
-        int fd = ::open(e.path().c_str(), O_RDONLY);
-        if (fd < 0) fail(e.path().string());
+    for (const auto& path : names) {
+        File f{path.filename().string(), {}};
+        f.bytes.resize(static_cast<size_t>(std::filesystem::file_size(path)));
+        int fd = ::open(path.c_str(), O_RDONLY);
+        if (fd < 0) fail(path.string());
         size_t got = 0;
         while (got < f.bytes.size()) {
             ssize_t n = ::read(fd, f.bytes.data() + got, f.bytes.size() - got);
-            if (n < 0) fail(e.path().string());
+            if (n < 0) fail(path.string());
             if (n == 0) break;
             got += static_cast<size_t>(n);
         }
         f.bytes.resize(got);
         ::close(fd);
+        if (take && ::unlink(path.c_str()) != 0) fail(path.string());
         files.push_back(std::move(f));
     }
     std::sort(files.begin(), files.end(), [](const File& a, const File& b) { return a.name < b.name; });
@@ -68,13 +76,15 @@ double seconds(const timeval& t) { return static_cast<double>(t.tv_sec) + static
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: copy_floor INPUT REFERENCE_DIR DEST_DIR\n");
+    const bool take = argc == 5 && std::strcmp(argv[1], "--take") == 0;
+    if (argc != 4 + (take ? 1 : 0)) {
+        std::fprintf(stderr, "usage: copy_floor [--take] INPUT REFERENCE_DIR DEST_DIR\n");
         return 2;
     }
-    const std::string input = argv[1];
-    const std::filesystem::path dest = argv[3];
-    std::vector<File> files = preload(argv[2]);
+    char** args = argv + (take ? 1 : 0);
+    const std::string input = args[1];
+    const std::filesystem::path dest = args[3];
+    std::vector<File> files = preload(args[2], take);
     std::filesystem::create_directories(dest);
     std::vector<std::string> paths;
     for (const auto& f : files) paths.push_back((dest / f.name).string());

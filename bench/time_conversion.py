@@ -84,7 +84,9 @@ def floor(copy_floor, d, outputs, workdir, cpu):
     for f in outputs:
         os.rename(os.path.join(d, f), os.path.join(ref, f))
     dst = os.path.join(tempfile.mkdtemp(prefix="floor-", dir=workdir), "out")
-    p = subprocess.run([copy_floor, os.path.join(d, INPUT), ref, dst], stdin=subprocess.DEVNULL,
+    # --take: the floor deletes the reference files once loaded, so that what it
+    # writes finds memory as the converter's run did (freed by the pair before).
+    p = subprocess.run([copy_floor, "--take", os.path.join(d, INPUT), ref, dst], stdin=subprocess.DEVNULL,
                        capture_output=True, text=True, preexec_fn=pinned(cpu))
     m = FLOOR_LINE.search(p.stderr)
     if p.returncode != 0 or not m:
