@@ -99,20 +99,33 @@ IoStatus unitReadLine(int32_t unit, TextRef line) {
     return IoStatus::ok;
 }
 
-IoStatus unitWriteLine(int32_t unit, std::string_view s) {
+char* unitBytesRoom(int32_t unit, std::size_t n) {
     int idx = indexOf(unit);
-    if (idx < 0) return IoStatus::error;
+    if (idx < 0) return nullptr;
     UnitFile& f = files[idx];
-    // The usual case: line and line end fit the buffer of a unit writing alone.
-    if (f.dirty && !f.failed && groups[f.group].refs == 1 && s.size() + 2 <= kBufCap - f.bufLen) {
-        char* d = buffers[idx] + f.bufLen;
+    // The usual case: the bytes fit the buffer of a unit writing alone.
+    if (f.dirty && !f.failed && groups[f.group].refs == 1 && n <= kBufCap - f.bufLen) return buffers[idx] + f.bufLen;
+    return nullptr;
+}
+
+void unitBytesWritten(int32_t unit, std::size_t n) {
+    int idx = indexOf(unit);
+    if (idx < 0) return;
+    UnitFile& f = files[idx];
+    f.bufLen += n;
+    f.bufPos = f.bufLen;
+}
+
+IoStatus unitWriteLine(int32_t unit, std::string_view s) {
+    if (char* d = unitBytesRoom(unit, s.size() + 2)) {
         copyBytes(d, s.data(), s.size());
         d[s.size()] = '\r';
         d[s.size() + 1] = '\n';
-        f.bufLen += s.size() + 2;
-        f.bufPos = f.bufLen;
+        unitBytesWritten(unit, s.size() + 2);
         return IoStatus::ok;
     }
+    int idx = indexOf(unit);
+    if (idx < 0) return IoStatus::error;
     if (writeRaw(idx, s.data(), s.size()) != IoStatus::ok) return IoStatus::error;
     return writeRaw(idx, "\r\n", 2);
 }

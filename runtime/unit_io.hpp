@@ -42,6 +42,12 @@ IoStatus unitReadRecord(int32_t unit, void* bytes, std::size_t capacity, std::si
 // Binary bytes and numbers. The plain forms use the unit's own byte order;
 // the "As" forms state it.
 IoStatus unitWriteBytes(int32_t unit, const void* bytes, std::size_t n);
+// Room for n bytes straight in the unit's output buffer, where unitWriteBytes
+// would put them without a system call; nullptr when there is none. Bytes
+// laid there are written once unitBytesWritten says how many, before the
+// unit is used again; what lies behind those is never written.
+char* unitBytesRoom(int32_t unit, std::size_t n);
+void unitBytesWritten(int32_t unit, std::size_t n);
 IoStatus unitReadBytes(int32_t unit, void* bytes, std::size_t n);
 IoStatus unitWriteI32(int32_t unit, int32_t v);
 IoStatus unitWriteF64(int32_t unit, double v);

@@ -151,10 +151,17 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
 void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, bool large) {
     const std::string_view writeFailed =
         large ? "ERROR 0417 - Writing large .dbf record." : "ERROR 0417 - Writing .dbf record.";
-    gRecord[0] = ' ';  // not deleted
-
     const int count = std::min(dbf.fieldCount, kDbfMaxFields);
     splitLine(line, table, count);
+    std::size_t length = 1;
+    for (int f = 1; f <= count; ++f) length += static_cast<std::size_t>(std::clamp(dbf.widths[f], 0, kSlotCap - 1));
+    // The record is laid straight into the unit's buffer when it fits there
+    // with the slack of the block copies, else here and then written.
+    char* const record = [&] {
+        char* room = unitBytesRoom(dbf.dbfUnit, length + kCopyBlock);
+        return room != nullptr ? room : gRecord;
+    }();
+    record[0] = ' ';  // not deleted
     // Fields are written left to right, so what a block copy writes past the
     // end of a field is overwritten by the fields after it, or lies past the
     // record.
@@ -162,7 +169,7 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
     for (int f = 1; f <= count; ++f) {
         const int w = std::clamp(dbf.widths[f], 0, kSlotCap - 1);
         const Text<kSlotCap>& slot = table.slot[f];
-        char* p = gRecord + at;
+        char* p = record + at;
         if (dbf.types[f] == 'C' || dbf.types[f] == 'c') {
             // Past its value a slot holds blanks (or, never filled, zero bytes
             // that count as text), so the first w bytes are the field as it is.
@@ -178,7 +185,11 @@ void writeRecordLine(GisDbfState& dbf, std::string_view line, SlotTable& table, 
         }
         at += static_cast<std::size_t>(w);
     }
-    if (unitWriteBytes(dbf.dbfUnit, gRecord, at) != IoStatus::ok) gisStopMessage(writeFailed);
+    if (record != gRecord) {
+        unitBytesWritten(dbf.dbfUnit, at);
+    } else if (unitWriteBytes(dbf.dbfUnit, gRecord, at) != IoStatus::ok) {
+        gisStopMessage(writeFailed);
+    }
 }
 
 struct FieldMapping {

@@ -247,6 +247,24 @@ TEST_F(Units, TakingLinesFromTheReadBuffer) {
     EXPECT_FALSE(unitTakeBufferedLine(4242, 1000, v));
 }
 
+// Bytes laid straight in a unit's buffer: only once the unit is writing and
+// only as many as fit; what the caller says it wrote goes to the file, and
+// what lies behind it does not.
+TEST_F(Units, LayingBytesInTheBuffer) {
+    int32_t u = openUnit("O ", dir / "out.txt");
+    EXPECT_EQ(unitBytesRoom(u, 4), nullptr);  // nothing written yet
+    ASSERT_EQ(unitWriteText(u, "ab"), IoStatus::ok);
+    char* p = unitBytesRoom(u, 8);
+    ASSERT_NE(p, nullptr);
+    std::memcpy(p, "cdefXXXX", 8);
+    unitBytesWritten(u, 4);
+    EXPECT_EQ(unitWriteLine(u, "g"), IoStatus::ok);
+    EXPECT_EQ(unitBytesRoom(u, std::size_t{1} << 30), nullptr);  // more than the buffer holds
+    EXPECT_EQ(unitBytesRoom(4242, 1), nullptr);
+    closeUnit(u);
+    EXPECT_EQ(readFile(dir / "out.txt"), "abcdefg\r\n");
+}
+
 TEST_F(Units, WriteFailureComesBack) {
     // /dev/full takes the open and refuses every byte: the failure shows at
     // the latest when the buffer goes out.
@@ -258,6 +276,7 @@ TEST_F(Units, WriteFailureComesBack) {
     EXPECT_TRUE(failed);
     EXPECT_EQ(unitFlush(u), IoStatus::error);
     EXPECT_EQ(unitWriteText(u, "x"), IoStatus::error);  // and it stays failed
+    EXPECT_EQ(unitBytesRoom(u, 1), nullptr);
 }
 
 using UnitsDeath = Units;
