@@ -122,9 +122,11 @@ void splitLine(std::string_view line, SlotTable& table, int count) {
         const char* start = p;
         std::string_view value;
         if (*p == '"' || *p == '\'') {
-            const void* close = std::memchr(p + 1, *p, static_cast<std::size_t>(e - p - 1));
-            if (close == nullptr) return splitLineFully(line, table, count);
-            const char* c = static_cast<const char*>(close);
+            // Quoted values are short: a plain loop finds the closing quote
+            // sooner than a library call.
+            const char* c = p + 1;
+            while (c < e && *c != *p) ++c;
+            if (c == e) return splitLineFully(line, table, count);
             value = {start + 1, static_cast<std::size_t>(c - start - 1)};
             p = c + 1;
         } else {
