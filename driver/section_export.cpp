@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "driver/layer_set.hpp"
+#include "driver/rows_ahead.hpp"
 #include "driver/stops.hpp"
 #include "geometry/plane.hpp"
 #include "gis/gis.hpp"
@@ -100,7 +101,12 @@ void writeCsv(const SectionRecord& rec) {
         char row[40];
         char* p = putFixed(row, 12, 3, chainage[i]);
         *p++ = ',';
-        p = putFixed(p, 12, 4, rec.surfZ[i]);
+        if (surfTexts[i].ready) {
+            std::memcpy(p, surfTexts[i].zCsv, sizeof surfTexts[i].zCsv);
+            p += sizeof surfTexts[i].zCsv;
+        } else {
+            p = putFixed(p, kCsvZWidth, kCsvZDecimals, rec.surfZ[i]);
+        }
         if (rec.hasNValues) {
             *p++ = ',';
             std::memcpy(p, csvN.of(pointN[i]), 8);
@@ -125,6 +131,7 @@ void writeSurfaceLine(const SectionRecord& rec, int32_t id) {
         ++kept;
         gisX[kept] = rec.surfX[i];
         gisY[kept] = rec.surfY[i];
+        if (surfTexts[i].ready) gisOfferPointText(kept, surfTexts[i].xy);
     }
     gisN = kept;
     Line l;
@@ -160,7 +167,8 @@ void writeSurfacePoints(const SectionRecord& rec, const Line& ids, int32_t id) {
         Line p;
         p << ids.view();
         p << ",";
-        fixed(p, layer::numberLayout(layer::surfPts, "Elevation"), rec.surfZ[i]);
+        if (surfTexts[i].ready) p << std::string_view(surfTexts[i].zRecord, sizeof surfTexts[i].zRecord);
+        else fixed(p, layer::numberLayout(layer::surfPts, "Elevation"), rec.surfZ[i]);
         p << ",";
         p << mannings.view(pointN[i]);
         gisX[1] = rec.surfX[i];

@@ -2,9 +2,11 @@
 // sectionRecord and hands it over at the section's END: line.
 #include "driver/section_parser.hpp"
 
+#include "driver/rows_ahead.hpp"
 #include "driver/sdf_scan.hpp"
 #include "driver/section_export.hpp"
 #include "driver/stops.hpp"
+#include "gis/model/gis_model.hpp"
 #include "runtime/console.hpp"
 #include "runtime/exits.hpp"
 #include "runtime/units.hpp"
@@ -25,6 +27,9 @@ namespace {
     stopWith(lineText("ERROR - More than ", limit, " rows in a ", block,
                       " block, more than the section tables hold. Line number: ", lineNo));
 }
+
+// Below this many bytes the second thread would cost more than it saves.
+constexpr int64_t kReadAheadFrom = int64_t{2} << 20;
 
 }  // namespace
 
@@ -64,24 +69,6 @@ bool readLeveeRow(std::string_view line, TextRef name, float& station, float& el
     }
     return FreeFormat(rest).real4(elevation) == ReadResult::ok;
 }
-
-namespace {
-
-// A row of three plain decimals and nothing else, the common case: the block
-// goes on, and the row reads as readSurfaceRow reads it. False when the row
-// needs the full rules, with the targets untouched.
-bool plainSurfaceRow(std::string_view line, double& x, double& y, float& z) {
-    FreeFormat f(line);
-    double a, b;
-    float c;
-    if (!(f.quickReal8(a) && f.quickReal8(b) && f.quickReal4(c) && f.atEnd())) return false;
-    x = a;
-    y = b;
-    z = c;
-    return true;
-}
-
-}  // namespace
 
 void takeStation(TextRef out) {
     // A star marks the station; the line is cut in front of it.
@@ -123,6 +110,21 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
                        TextRef line) {
     surfCount = 0;
     for (;;) {
+        // Rows made ready ahead, as long as one starts where the reading stands.
+        if (const ReadyRow* r = rowsAheadAt(unitTell(unit)); r != nullptr) {
+            int64_t next = 0;
+            for (; r != nullptr; r = rowsAheadAt(next)) {
+                ++lineNo;
+                if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
+                ++surfCount;
+                surfX[surfCount] = r->x;
+                surfY[surfCount] = r->y;
+                surfZ[surfCount] = r->z;
+                surfTexts[surfCount] = r->texts;
+                next = r->next;
+            }
+            unitSeek(unit, next);
+        }
         double x, y;
         float z;
         bool plain;
@@ -140,6 +142,7 @@ void GetSdfSurfaceLine(int32_t unit, int32_t& surfCount, double* surfX, double* 
         if (!plain && endsSurfaceBlock(line)) return;
         if (surfCount == kSdfMaxRows) tooManyRows("SURFACE LINE", kSdfMaxRows, lineNo);
         ++surfCount;
+        surfTexts[surfCount].ready = false;
         if (plain) {
             surfX[surfCount] = x;
             surfY[surfCount] = y;
@@ -179,6 +182,9 @@ void GetSdfLevees(int32_t unit, int32_t& leveeCount, Text<50>* leveeName, float*
 
 void runSectionPhase(bool trimToLevees, const SectionLayers& layers) {
     SectionRecord& rec = sectionRecord;
+    // Files of a few megabytes and more have their surface rows read ahead.
+    RowsAheadScope ahead;
+    rowsAheadStart(sdfUnit, kReadAheadFrom, gisFormat[layers.surfLine] == kGisFamilyMif);
     bool finished = false;
     while (!finished && !unitAtEnd(sdfUnit)) {
         readSdfLine("the cross-sections");

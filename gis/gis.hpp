@@ -29,6 +29,11 @@ void gisWriteEoF(int32_t gisID);
 // ---- Writing ---------------------------------------------------------------
 void gisWriteHeader(int32_t gisID);
 void gisWriteObject(int32_t gisID, GisObject& object);
+// The point line of point k (from 1) of the next object, made by the caller:
+// gisX[k] and gisY[k] in two fields of 16 columns with 6 decimals, 32 bytes.
+// A MIF layer writes it instead of formatting the point again, as long as
+// the point's coordinates are still those, bit for bit; others ignore it.
+void gisOfferPointText(int32_t k, const char* text);
 void gisWriteRecord(int32_t gisID, GisObject& object);
 void gisWriteRecordLarge(int32_t gisID, GisObject& object);
 

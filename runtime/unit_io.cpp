@@ -3,6 +3,7 @@
 // buffered file engine.
 #include "runtime/unit_io.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <bit>
@@ -35,6 +36,15 @@ int32_t unitOpenOn(std::string_view name, bool& exists) {
 }
 
 bool unitIsOpen(int32_t unit) { return indexOf(unit) >= 0; }
+
+int unitReadHandle(int32_t unit, int64_t& size) {
+    int idx = indexOf(unit);
+    if (idx < 0) return -1;
+    struct stat st {};
+    if (::fstat(files[idx].fd, &st) != 0 || !S_ISREG(st.st_mode)) return -1;
+    size = static_cast<int64_t>(st.st_size);
+    return ::fcntl(files[idx].fd, F_DUPFD_CLOEXEC, 3);
+}
 
 namespace {
 

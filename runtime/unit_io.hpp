@@ -23,6 +23,11 @@ int32_t unitOpenOn(std::string_view name);
 int32_t unitOpenOn(std::string_view name, bool& exists);
 bool unitIsOpen(int32_t unit);
 
+// A second handle of the unit's file for reading beside it (with pread), and
+// the file's size; -1 when the unit is not open or its file is not a regular
+// file (a pipe has no second reader). The caller closes the handle.
+int unitReadHandle(int32_t unit, int64_t& size);
+
 // Formatted text.
 IoStatus unitReadLine(int32_t unit, TextRef line);  // one record, cut to capacity
 // The next line when the read buffer already holds all of it, without its

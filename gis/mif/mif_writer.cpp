@@ -14,20 +14,29 @@ namespace {
 
 constexpr std::string_view kObjectWriteFailed = "ERROR 0439 - Writing .mif file object coordinates.";
 
-// The point lines of the last run of points written, by coordinates. The
-// converter writes a section's surface line and then each of its points as a
-// point object: those reuse the text instead of formatting it again. Equal
-// bits give equal text, so a stale entry can never give a wrong line.
+bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+// The point lines of the last run of points written, by coordinates, and
+// of points offered by the caller for the next run. The converter writes a
+// section's surface line and then each of its points as a point object:
+// those reuse the text instead of formatting it again. Equal bits give equal
+// text, so a stale entry can never give a wrong line.
 struct PairMemo {
-    double x, y;
+    bool made = false;
+    double x = 0, y = 0;
     char text[32];
+
+    bool holds(double px, double py) const { return made && sameBits(x, px) && sameBits(y, py); }
+    void set(double px, double py) {
+        made = true;
+        x = px;
+        y = py;
+    }
 };
 constexpr int kMemoCap = 4096;
 PairMemo memo[kMemoCap];
 int memoCount = 0;
 int memoNext = 0;
-
-bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 // Writes the lines of one object and remembers whether any write failed.
 struct MifOut {
@@ -50,15 +59,19 @@ struct MifOut {
         memoCount = 0;
         memoNext = 0;
         for (int32_t i = first; i < first + count; ++i) {
-            char b[32];
-            putFixed(b, 16, 6, gisX[i]);
-            putFixed(b + 16, 16, 6, gisY[i]);
-            line({b, 32});
             if (memoCount < kMemoCap) {
                 PairMemo& m = memo[memoCount++];
-                m.x = gisX[i];
-                m.y = gisY[i];
-                std::memcpy(m.text, b, 32);
+                if (!m.holds(gisX[i], gisY[i])) {
+                    m.set(gisX[i], gisY[i]);
+                    putFixed(m.text, 16, 6, m.x);
+                    putFixed(m.text + 16, 16, 6, m.y);
+                }
+                line({m.text, 32});
+            } else {
+                char b[32];
+                putFixed(b, 16, 6, gisX[i]);
+                putFixed(b + 16, 16, 6, gisY[i]);
+                line({b, 32});
             }
         }
     }
@@ -100,13 +113,20 @@ void mifWriteHeader(int32_t gisID) {
     if (!out.ok) gisStopMessage("ERROR - Writing .mif file header.");
 }
 
+void mifOfferPointText(int32_t k, const char* text) {
+    if (k < 1 || k > kMemoCap) return;
+    PairMemo& m = memo[k - 1];
+    m.set(gisX[k], gisY[k]);
+    std::memcpy(m.text, text, 32);
+}
+
 void mifWriteObject(int32_t gisID, const GisObject& o) {
     const GisMifState& m = gisMif[gisID];
     MifOut out{m.mifUnit};
     char b[80];
     if (o.isPoint) {
         std::memcpy(b, "Point ", 6);
-        if (memoNext < memoCount && sameBits(memo[memoNext].x, gisX[1]) && sameBits(memo[memoNext].y, gisY[1])) {
+        if (memoNext < memoCount && memo[memoNext].holds(gisX[1], gisY[1])) {
             std::memcpy(b + 6, memo[memoNext++].text, 32);
         } else {
             putFixed(b + 6, 16, 6, gisX[1]);

@@ -9,5 +9,6 @@
 
 void mifWriteHeader(int32_t gisID);
 void mifWriteObject(int32_t gisID, const GisObject& object);
+void mifOfferPointText(int32_t k, const char* text);  // see gisOfferPointText
 // One .mid line; `large` chooses the words of the failure message.
 void mifWriteRecord(int32_t gisID, const GisObject& object, std::string_view line, bool large);

@@ -69,6 +69,8 @@ void gisWriteObject(int32_t gisID, GisObject& object) {
     }
 }
 
+void gisOfferPointText(int32_t k, const char* text) { mifOfferPointText(k, text); }
+
 void gisWriteRecord(int32_t gisID, GisObject& object) {
     if (gisBadId(gisID)) gisStopNoLayer("gisWriteRecord");
     switch (gisFormat[gisID]) {
