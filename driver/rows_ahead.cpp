@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "driver/layer_set.hpp"
+#include "runtime/platform.hpp"
 #include "runtime/units.hpp"
 #include "text/freeformat.hpp"
 #include "text/numbers.hpp"
@@ -39,7 +40,8 @@ constexpr auto kLongestRow = static_cast<std::size_t>(decltype(textLine)::capaci
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr uint64_t kRing = 8192;                 // rows ready at most: a few sections' worth
 constexpr uint64_t kClosed = uint64_t{1} << 63;  // set in a counter: that side has stopped
-constexpr uint64_t kPublishEvery = 256;          // rows taken or made between two hand-overs
+constexpr uint64_t kMadeEvery = 32;              // rows made between two hand-overs: the main thread seldom waits
+constexpr uint64_t kTakenEvery = 256;            // rows taken between two hand-overs
 
 // One producer (the helper) and one consumer (the main thread). `made` counts
 // the rows put in the ring, `taken` the rows passed; each side tells the
@@ -85,7 +87,7 @@ bool put(uint64_t& madeHere, uint64_t& takenSeen, const ReadyRow& row) {
         }
     }
     ring.rows[madeHere % kRing] = row;
-    if (++madeHere % kPublishEvery == 0) {
+    if (++madeHere % kMadeEvery == 0) {
         ring.made.store(madeHere, std::memory_order_release);
         ring.made.notify_one();
     }
@@ -149,8 +151,9 @@ int threadsAsked() {
 
 bool rowsAheadStart(int32_t unit, int64_t minBytes, bool pointTexts) {
     rowsAheadStop();
+    // A second thread only where a second core can run it, unless asked for.
     const int asked = threadsAsked();
-    if (asked == 1) return false;
+    if (asked == 1 || (asked == 0 && platformCores() < 2)) return false;
     if (asked == 2) minBytes = 0;
     wantPointTexts = pointTexts;
     int64_t size = 0;
@@ -188,7 +191,7 @@ const ReadyRow* rowsAheadAt(int64_t offset) {
         }
         const ReadyRow& row = ring.rows[takenHere % kRing];
         if (row.offset >= offset) return row.offset == offset ? &row : nullptr;
-        if (++takenHere % kPublishEvery == 0) publishTaken();
+        if (++takenHere % kTakenEvery == 0) publishTaken();
     }
 }
 

@@ -25,9 +25,10 @@ constexpr int kCsvZWidth = 12;
 constexpr int kCsvZDecimals = 4;
 
 // The texts of one row, made ahead; `ready` is false for a row the main
-// thread read itself.
+// thread read itself. No member has an initializer: the tables of these
+// start as zero bytes and are not written through at start-up.
 struct RowTexts {
-    bool ready = false;
+    bool ready;
     char xy[32];            // x and y in two fields of 16 columns with 6 decimals
     char zRecord[12];       // the elevation as the surface points' record has it
     char zCsv[kCsvZWidth];  // the elevation as the .csv row has it
@@ -46,11 +47,12 @@ struct ReadyRow {
 };
 
 // Starts reading ahead in the file of input unit `unit` from where that unit
-// stands, when the file is a regular file with at least `minBytes` left;
-// `pointTexts`: whether the x and y texts are wanted (a MIF layer writes
-// them). The REACHMAP_THREADS environment variable decides first: 1, never
-// (one thread); 2, whatever the size. False when nothing was started (then
-// every row is read on the main thread).
+// stands, when the file is a regular file with at least `minBytes` left and
+// the process may run on two cores or more; `pointTexts`: whether the x and
+// y texts are wanted (a MIF layer writes them). The REACHMAP_THREADS
+// environment variable decides first: 1, never (one thread); 2, whatever the
+// size and the cores. False when nothing was started (then every row is read
+// on the main thread).
 bool rowsAheadStart(int32_t unit, int64_t minBytes, bool pointTexts);
 
 // The row made ready that starts at byte `offset`, or nullptr when the line

@@ -1,5 +1,6 @@
 #include "runtime/platform.hpp"
 
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +24,14 @@ namespace {
 std::string nativeString(std::string_view name) { return std::string(nativePath(name)); }
 
 }  // namespace
+
+int platformCores() {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (::sched_getaffinity(0, sizeof set, &set) != 0) return 1;
+    const int n = CPU_COUNT(&set);
+    return n > 0 ? n : 1;
+}
 
 bool platformFileExists(std::string_view name) {
     const char* p = nativePath(name);

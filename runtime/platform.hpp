@@ -17,6 +17,8 @@ bool platformModTime(std::string_view name, int64_t& seconds);
 bool platformFullPath(std::string_view name, TextRef out);
 // Local date for file headers.
 void platformLocalDate(int& year, int& month, int& day);
+// The processor cores this process may run on (at least 1).
+int platformCores();
 
 // The command interpreter's "mkdir" on a folder (parents included): 0 when it
 // ran and made the folder or found it, 1 when it ran and failed, -1 only when

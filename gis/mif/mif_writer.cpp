@@ -21,9 +21,9 @@ bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 // section's surface line and then each of its points as a point object:
 // those reuse the text instead of formatting it again. Equal bits give equal
 // text, so a stale entry can never give a wrong line.
-struct PairMemo {
-    bool made = false;
-    double x = 0, y = 0;
+struct PairMemo {  // no initializers: the table starts as zero bytes, untouched
+    bool made;
+    double x, y;
     char text[32];
 
     bool holds(double px, double py) const { return made && sameBits(x, px) && sameBits(y, py); }
