@@ -11,7 +11,8 @@
 # Projection.prj and Projection.mif of its folder; the run's transcript is
 # a.out/reachmap.log. Jobs: -j N, else $JOBS, else the number of cores; GNU
 # parallel runs them when it is installed, xargs -P otherwise. The converter
-# is $REACHMAP, else reachmap on PATH, else this checkout's release build.
+# is $REACHMAP, else reachmap on PATH, else this checkout's release build;
+# with more than one job it runs with REACHMAP_THREADS=1 unless that is set.
 #
 # The converter's exit status is always 0, so the summary reads the logs: a
 # file is converted when its log has "Finished."; the files whose log has an
@@ -133,6 +134,9 @@ while [ $# -gt 0 ]; do
 done
 export REACHMAP
 REACHMAP=$(find_reachmap) || exit 2
+# With several jobs the cores are busy already: each conversion keeps to one
+# thread (reading ahead on a second would only add work), unless told otherwise.
+if [ "$jobs" -gt 1 ]; then export REACHMAP_THREADS=${REACHMAP_THREADS:-1}; fi
 
 # Every .sdf under the folder, leaving out the copies in .out folders.
 list() { find "$top" -type d -name '*.out' -prune -o -type f -iname '*.sdf' -print0; }
