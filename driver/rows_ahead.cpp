@@ -118,6 +118,7 @@ void readAhead() {
                 row.offset = base + static_cast<int64_t>(at);
                 row.next = base + static_cast<int64_t>(next);
                 row.texts.ready = true;
+                row.texts.xyReady = wantPointTexts;
                 if (wantPointTexts) {
                     putFixed(row.texts.xy, 16, 6, row.x);
                     putFixed(row.texts.xy + 16, 16, 6, row.y);

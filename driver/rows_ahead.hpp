@@ -29,6 +29,7 @@ constexpr int kCsvZDecimals = 4;
 // start as zero bytes and are not written through at start-up.
 struct RowTexts {
     bool ready;
+    bool xyReady;           // the x and y texts too (only a MIF layer wants them)
     char xy[32];            // x and y in two fields of 16 columns with 6 decimals
     char zRecord[12];       // the elevation as the surface points' record has it
     char zCsv[kCsvZWidth];  // the elevation as the .csv row has it

@@ -131,7 +131,7 @@ void writeSurfaceLine(const SectionRecord& rec, int32_t id) {
         ++kept;
         gisX[kept] = rec.surfX[i];
         gisY[kept] = rec.surfY[i];
-        if (surfTexts[i].ready) gisOfferPointText(kept, surfTexts[i].xy);
+        if (surfTexts[i].ready && surfTexts[i].xyReady) gisOfferPointText(kept, surfTexts[i].xy);
     }
     gisN = kept;
     Line l;

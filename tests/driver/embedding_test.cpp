@@ -89,6 +89,24 @@ std::string stopsInFourthSection() {
 }
 const std::string kStops = stopsInFourthSection();
 
+// A run that read ahead leaves nothing behind that a later run in the same
+// process could take up: shapefiles read ahead, then MIF on one thread, of
+// the same points, give the MIF files of a fresh process.
+TEST(Embedding, ReadAheadLeavesNothingForTheNextRun) {
+    setRunEndHandler([] { throw Ended{}; });
+    const fs::path fresh = folderWith("ahead_fresh", kExample);
+    const RunResult clean = reachmap(fresh, {"-mif", "a.sdf"});
+    ASSERT_NE(clean.out.find("Finished."), std::string::npos) << clean.out;
+    setenv("REACHMAP_THREADS", "2", 1);
+    runHere(folderWith("ahead_shp", kExample), "-shp", false);
+    setenv("REACHMAP_THREADS", "1", 1);
+    const fs::path mif = folderWith("ahead_mif", kExample);
+    EXPECT_EQ(runHere(mif, "-mif", false), clean.out);
+    EXPECT_EQ(filesOf(mif), filesOf(fresh));
+    unsetenv("REACHMAP_THREADS");
+    setRunEndHandler(nullptr);
+}
+
 TEST(Embedding, StoppedRunAndCleanRunInProcessMatchFreshProcesses) {
     setRunEndHandler([] { throw Ended{}; });
     for (const char* format : {"-shp", "-mif"}) {
