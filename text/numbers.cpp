@@ -10,6 +10,20 @@ namespace {
 constexpr uint64_t kPow10[] = {1ull,       10ull,       100ull,       1000ull,       10000ull,      100000ull,
                                1000000ull, 10000000ull, 100000000ull, 1000000000ull, 10000000000ull};
 
+constexpr double kTwo52 = 4503599627370496.0;
+
+// The quick road of a fixed-point field: t = |value| * 10^d (below 2^52),
+// rounded once. The exact product lies within t * 2^-53 of t, so when t is
+// farther than that from a tie, its nearest integer is the exact product's
+// nearest integer; adding 2^52 rounds it (ties to even) and leaves it as the
+// low bits of the sum. False near a tie, with nothing set.
+bool nearestClearOfTie(double t, uint64_t& n) {
+    const double biased = t + kTwo52;
+    if (!(std::fabs(t - (biased - kTwo52)) < 0.5 - t * 2.3e-16)) return false;
+    n = std::bit_cast<uint64_t>(biased) - std::bit_cast<uint64_t>(kTwo52);
+    return true;
+}
+
 // Exact fixed-point digits of |value| rounded to `decimals` places, for the
 // common case of a value whose scaled magnitude fits 64 bits: value is
 // m * 2^e, so value * 10^d = m * 10^d * 2^e is computed exactly in 128 bits
@@ -17,20 +31,8 @@ constexpr uint64_t kPow10[] = {1ull,       10ull,       100ull,       1000ull,  
 // to_chars gives, at a fraction of the cost. False when out of its range.
 bool scaledFixed(double value, int decimals, uint64_t& scaled) {
     if (decimals > 10) return false;
-    // Quick path: t = |value| * 10^d rounded once. The exact product lies within
-    // |t| * 2^-53 of t, so when t is farther than that from a tie, its nearest
-    // integer is the exact product's nearest integer.
-    {
-        const double t = std::fabs(value) * static_cast<double>(kPow10[decimals]);
-        if (t < 4503599627370496.0) {                                        // 2^52
-            const double r = (t + 4503599627370496.0) - 4503599627370496.0;  // to nearest, ties to even
-            const double off = std::fabs(t - r);
-            if (off < 0.5 - t * 2.3e-16) {
-                scaled = static_cast<uint64_t>(r);
-                return true;
-            }
-        }
-    }
+    const double t = std::fabs(value) * static_cast<double>(kPow10[decimals]);
+    if (t < kTwo52 && nearestClearOfTie(t, scaled)) return true;
     const auto bits = std::bit_cast<uint64_t>(value);
     const int biased = static_cast<int>((bits >> 52) & 0x7FF);
     uint64_t m = bits & ((uint64_t{1} << 52) - 1);
@@ -176,24 +178,20 @@ uint64_t window(uint64_t first, uint64_t second, int at) {
 void store8(char* p, uint64_t w) { std::memcpy(p, &w, 8); }
 
 // The usual field: at most 7 decimals, a magnitude below 10^8, a width of at
-// most 40 that the text fits. The scaled value |value| * 10^decimals is
-// rounded once, as on the quick road of scaledFixed, and taken when it lies
-// clearly off a tie; adding 2^52 leaves it as the low bits of the sum. The
-// whole part and the decimals are made by digit pairs, the last 16 bytes of the field put together in two words and
-// stored. One instance per count of decimals, so every shift, mask and divisor is a constant. False, with nothing
-// written, for any other field.
+// most 40 that the text fits. The scaled value is taken on the quick road
+// (nearestClearOfTie); the whole part and the decimals are made by digit
+// pairs, and the last 16 bytes of the field put together in two words and
+// stored. One instance per count of decimals, so every shift, mask and
+// divisor is a constant. False, with nothing written, for any other field.
 template <int Decimals>
 bool shortFixed(char* out, int width, double value) {
     constexpr uint64_t kBlanks = 0x2020202020202020ull;
     constexpr uint64_t kZeros = 0x3030303030303030ull;
-    constexpr double kTwo52 = 4503599627370496.0;
     constexpr uint32_t kScale = static_cast<uint32_t>(kPow10[Decimals]);
     const double a = std::fabs(value);
     if (width > 40 || !(a < 1e8)) return false;
-    const double t = a * static_cast<double>(kScale);  // below 10^15
-    const double biased = t + kTwo52;                  // to nearest, ties to even
-    if (!(std::fabs(t - (biased - kTwo52)) < 0.5 - t * 2.3e-16)) return false;
-    const uint64_t scaled = std::bit_cast<uint64_t>(biased) - std::bit_cast<uint64_t>(kTwo52);
+    uint64_t scaled;
+    if (!nearestClearOfTie(a * static_cast<double>(kScale), scaled)) return false;  // below 10^15
     const auto whole = static_cast<uint32_t>(scaled / kScale);
     if (whole >= 100000000) return false;
     uint64_t hi = eightDigits(whole);
